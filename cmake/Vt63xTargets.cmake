@@ -1,0 +1,59 @@
+# One folder, one target. A header is included by its path from the root ("serial/serial_bus.h"),
+# and that path resolves only for the folders that the target is linked with: every folder is
+# staged alone, as a link, below an include root of its own. An include that the dependency table
+# does not allow therefore does not compile.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+
+set(VT63X_SANITIZE "" CACHE STRING "Sanitizers, comma separated (address,undefined or thread)")
+
+add_library(vt63x_flags INTERFACE)
+target_compile_options(vt63x_flags INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+if(VT63X_SANITIZE)
+  target_compile_options(vt63x_flags INTERFACE
+    -fsanitize=${VT63X_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(vt63x_flags INTERFACE -fsanitize=${VT63X_SANITIZE})
+endif()
+
+# vt63x_stage(TARGET FOLDER): makes FOLDER's headers reachable for whoever links TARGET.
+function(vt63x_stage target folder)
+  set(root ${CMAKE_BINARY_DIR}/include-roots/${target})
+  cmake_path(GET folder PARENT_PATH parent)
+  file(MAKE_DIRECTORY ${root}/${parent})
+  if(NOT EXISTS ${root}/${folder})
+    file(CREATE_LINK ${CMAKE_SOURCE_DIR}/${folder} ${root}/${folder} SYMBOLIC)
+  endif()
+  target_include_directories(${target} PUBLIC ${root})
+endfunction()
+
+# vt63x_library(TARGET FOLDER SOURCES ... DEPENDS ...)
+function(vt63x_library target folder)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+  add_library(${target} STATIC ${ARG_SOURCES})
+  target_link_libraries(${target} PRIVATE vt63x_flags PUBLIC ${ARG_DEPENDS})
+  vt63x_stage(${target} ${folder})
+endfunction()
+
+# vt63x_program(PROGRAM SOURCES ... DEPENDS ...)
+function(vt63x_program target)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+  add_executable(${target} ${ARG_SOURCES})
+  target_link_libraries(${target} PRIVATE vt63x_flags ${ARG_DEPENDS})
+  set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+endfunction()
+
+# vt63x_test(TARGET SOURCES ... DEPENDS ... [LABELS ...]): a GoogleTest program known to CTest.
+# The label "threads" also runs it under ThreadSanitizer.
+function(vt63x_test target)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS;LABELS" ${ARGN})
+  add_executable(${target} ${ARG_SOURCES})
+  target_link_libraries(${target} PRIVATE vt63x_flags ${ARG_DEPENDS} GTest::gtest_main)
+  set(properties TIMEOUT 60)
+  if(ARG_LABELS)
+    list(APPEND properties LABELS ${ARG_LABELS})
+  endif()
+  gtest_discover_tests(${target} PROPERTIES ${properties})
+endfunction()

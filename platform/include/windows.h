@@ -1,0 +1,14 @@
+#ifndef VT63X_PLATFORM_WINDOWS_H
+#define VT63X_PLATFORM_WINDOWS_H
+
+// The part of the Win32 interface that the program uses, for systems that are not Windows. It is
+// a closed list: what is not declared here does not compile, and a value, flag or structure field
+// that is declared but not carried out makes its call fail. Types, constants and sizes have the
+// values of 64-bit Windows; tests/platform/win32_layout_test.cpp compiles against either.
+//
+// The headers below stand for themselves: none of them brings in a POSIX or toolkit name.
+
+#include "win32/kernel.h"
+#include "win32/types.h"
+
+#endif
