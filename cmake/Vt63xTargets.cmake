@@ -18,15 +18,21 @@ if(VT63X_SANITIZE)
   target_link_options(vt63x_flags INTERFACE -fsanitize=${VT63X_SANITIZE})
 endif()
 
-# vt63x_stage(TARGET FOLDER): makes FOLDER's headers reachable for whoever links TARGET.
-function(vt63x_stage target folder)
+# vt63x_stage(TARGET FOLDER SCOPE): makes FOLDER's headers reachable for whoever links TARGET.
+function(vt63x_stage target folder scope)
   set(root ${CMAKE_BINARY_DIR}/include-roots/${target})
   cmake_path(GET folder PARENT_PATH parent)
   file(MAKE_DIRECTORY ${root}/${parent})
   if(NOT EXISTS ${root}/${folder})
     file(CREATE_LINK ${CMAKE_SOURCE_DIR}/${folder} ${root}/${folder} SYMBOLIC)
   endif()
-  target_include_directories(${target} PUBLIC ${root})
+  target_include_directories(${target} ${scope} ${root})
+endfunction()
+
+# vt63x_headers(TARGET FOLDER): a folder of headers only.
+function(vt63x_headers target folder)
+  add_library(${target} INTERFACE)
+  vt63x_stage(${target} ${folder} INTERFACE)
 endfunction()
 
 # vt63x_library(TARGET FOLDER SOURCES ... DEPENDS ...)
@@ -34,7 +40,7 @@ function(vt63x_library target folder)
   cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
   add_library(${target} STATIC ${ARG_SOURCES})
   target_link_libraries(${target} PRIVATE vt63x_flags PUBLIC ${ARG_DEPENDS})
-  vt63x_stage(${target} ${folder})
+  vt63x_stage(${target} ${folder} PUBLIC)
 endfunction()
 
 # vt63x_program(PROGRAM SOURCES ... DEPENDS ...)

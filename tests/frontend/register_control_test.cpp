@@ -154,8 +154,8 @@ TEST_F(RegisterControlTest, AnyFailingTransferEndsTheOperationWithItsStatus) {
     for (int position = 1; position <= transfers; ++position) {
       bus.transfers = 0;
       bus.fail_at = position;
-      bus.answers = transfers == 5 ? std::deque<std::uint8_t>{0x00, 0x01}
-                                   : std::deque<std::uint8_t>{0x01};
+      bus.answers =
+          transfers == 5 ? std::deque<std::uint8_t>{0x00, 0x01} : std::deque<std::uint8_t>{0x01};
       EXPECT_EQ(operation(), HFL_NOT_READY) << "transfer " << position << " of " << transfers;
       EXPECT_EQ(bus.transfers, position);
     }

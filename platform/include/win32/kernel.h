@@ -21,14 +21,19 @@ void WINAPI SetLastError(DWORD error);
 // --- handles ---
 
 // Closes a port, an event or a thread handle. Closing a port breaks off what is pending on it
-// (ERROR_OPERATION_ABORTED); closing a thread handle leaves the thread running.
+// (ERROR_OPERATION_ABORTED), and the device is free when the call returns: it waits the moment
+// that a thread inside the device takes to leave, 0.1 s as a rule and 1 s at most. Closing a
+// thread handle leaves the thread running.
+// Difference: closing the event of a pending operation breaks the operation off without a result;
+// its record and buffer are not touched again, and a thread that waits for the event gets
+// WAIT_FAILED.
 BOOL WINAPI CloseHandle(HANDLE object);
 
 // --- events ---
 
 // Unnamed manual-reset events, initially off, default security: (null, TRUE, FALSE, null) is the
-// one form there is. Only the completion of an overlapped operation switches an event on. Null on
-// failure.
+// one form there is. Only the completion of an overlapped operation switches an event on; beginning
+// one switches it off. Null on failure.
 HANDLE WINAPI CreateEventA(LPSECURITY_ATTRIBUTES security, BOOL manual_reset, BOOL initial_state,
                            LPCSTR name);
 
@@ -44,7 +49,8 @@ HANDLE WINAPI CreateThread(LPSECURITY_ATTRIBUTES security, SIZE_T stack_size,
                            LPTHREAD_START_ROUTINE start, LPVOID parameter, DWORD flags,
                            LPDWORD thread_id);
 
-// Ends the calling thread, which CreateThread must have started.
+// Ends the calling thread, which CreateThread must have started; any other aborts the program.
+// Difference: the destructors of the thread's stack run.
 [[noreturn]] void WINAPI ExitThread(DWORD exit_code);
 
 // STILL_ACTIVE (259) while the thread runs.
@@ -73,7 +79,8 @@ BOOL WINAPI SetEnvironmentVariableA(LPCSTR name, LPCSTR value);
 
 // Opens "COM1:" to "COM16:" (the colon may be missing), and nothing else: GENERIC_READ |
 // GENERIC_WRITE, no sharing, OPEN_EXISTING, FILE_FLAG_OVERLAPPED or 0. COMn is the device that the
-// environment variable VT63X_COMn names, else /dev/ttyS(n-1). The line is held exclusively.
+// environment variable VT63X_COMn names, else (unset or empty) /dev/ttyS(n-1). The line is held
+// exclusively, what it received before is thrown away, and no modem line is moved.
 // INVALID_HANDLE_VALUE on failure: ERROR_FILE_NOT_FOUND, ERROR_ACCESS_DENIED (no rights, or in
 // use), ERROR_INVALID_PARAMETER (not a serial line).
 // Difference: a fresh port has the line settings that it had before and time-outs that read what
@@ -83,7 +90,8 @@ HANDLE WINAPI CreateFileA(LPCSTR name, DWORD access, DWORD share_mode,
                           HANDLE template_file);
 
 // Bit rate 1 to 4,000,000 bps; 8 data bits, no parity, one stop bit, no flow control, DTR and RTS
-// off; anything else, or a rate the line cannot come within 3 % of, ERROR_INVALID_PARAMETER.
+// off, every other field 0; anything else, or a rate the line cannot come within 3 % of,
+// ERROR_INVALID_PARAMETER with the line as it was.
 BOOL WINAPI SetCommState(HANDLE port, DCB* settings);
 
 // Three forms of read time-outs: interval MAXDWORD with the rest 0 (return what is there);
@@ -100,17 +108,20 @@ BOOL WINAPI PurgeComm(HANDLE port, DWORD flags);
 // MS_*_ON bits. A line without modem lines reads as 0.
 BOOL WINAPI GetCommModemStatus(HANDLE port, LPDWORD status);
 
-// EV_RING or 0. Edges are counted from this call on. Changing the mask ends a pending
-// WaitCommEvent with no event.
+// EV_RING or 0. Edges are counted from this call on: by the driver, which misses none, or where it
+// cannot, as changes of the level seen every millisecond during a wait. Setting the mask ends a
+// pending WaitCommEvent with no event.
 BOOL WINAPI SetCommMask(HANDLE port, DWORD mask);
 
 // Overlapped ports only. TRUE when an edge has been counted since the mask was set or the last
-// wait ended; else FALSE with ERROR_IO_PENDING. One wait at a time.
+// wait ended; else FALSE with ERROR_IO_PENDING. One wait at a time, others give ERROR_BUSY; with
+// the mask 0 ERROR_INVALID_PARAMETER.
 BOOL WINAPI WaitCommEvent(HANDLE port, LPDWORD events, LPOVERLAPPED overlapped);
 
 // One read and one write at a time may be pending on a port, others give ERROR_BUSY. An
-// overlapped operation needs an event; it reports ERROR_IO_PENDING unless it is done at once. A
-// read that times out is done, with 0 bytes. A line that went away: ERROR_DEVICE_NOT_CONNECTED.
+// overlapped operation needs an event that serves no other pending one; it reports ERROR_IO_PENDING
+// unless it is done at once. A read that times out is done, with 0 bytes. A line that went away:
+// ERROR_DEVICE_NOT_CONNECTED.
 BOOL WINAPI ReadFile(HANDLE port, LPVOID buffer, DWORD length, LPDWORD bytes_read,
                      LPOVERLAPPED overlapped);
 BOOL WINAPI WriteFile(HANDLE port, LPCVOID buffer, DWORD length, LPDWORD bytes_written,

@@ -1,0 +1,222 @@
+#include "platform/kernel/tty_line.h"
+
+#include <fcntl.h>
+#include <linux/serial.h>
+#include <linux/tty_flags.h>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/file.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+
+#include <cerrno>
+
+#include "platform/kernel/errno_map.h"
+#include "platform/kernel/tty_settings.h"
+
+namespace vt63x::kernel {
+namespace {
+
+// Device numbers of pseudo terminals (Linux, Documentation/admin-guide/devices.txt).
+constexpr unsigned kFirstPseudoMajor = 136;
+constexpr unsigned kLastPseudoMajor = 143;
+
+struct ModemLine {
+  int line;
+  DWORD status;
+};
+
+constexpr ModemLine kModemLines[] = {
+    {TIOCM_CTS, MS_CTS_ON},
+    {TIOCM_DSR, MS_DSR_ON},
+    {TIOCM_RNG, MS_RING_ON},
+    {TIOCM_CAR, MS_RLSD_ON},
+};
+
+// Non-blocking, because opening a line would else wait for its carrier and a FIFO for its peer.
+FileDescriptor OpenDevice(const std::string& path) {
+  return FileDescriptor(open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+}
+
+bool IsPseudoTerminal(const struct stat& device) {
+  const unsigned number = major(device.st_rdev);
+  return number >= kFirstPseudoMajor && number <= kLastPseudoMajor;
+}
+
+bool LacksRequest(int error_number) { return error_number == ENOTTY || error_number == EINVAL; }
+
+// USB adapters hand over what they received every 16 ms unless told not to wait; a byte would cost
+// that much. Drivers that do not know the request lose nothing.
+void AskForLowLatency(const FileDescriptor& device) {
+  serial_struct serial{};
+  if (ioctl(device.get(), TIOCGSERIAL, &serial) != 0) return;
+  if ((serial.flags & static_cast<int>(ASYNC_LOW_LATENCY)) != 0) return;
+  serial.flags |= static_cast<int>(ASYNC_LOW_LATENCY);
+  ioctl(device.get(), TIOCSSERIAL, &serial);
+}
+
+}  // namespace
+
+DWORD TtyLine::Open(const std::string& path, std::unique_ptr<LineSource>* line) {
+  std::unique_ptr<TtyLine> opened(new TtyLine);
+  DWORD error = opened->OpenBoth(path);
+  if (error == ERROR_SUCCESS) error = opened->Claim();
+  if (error == ERROR_SUCCESS) error = opened->SetUp();
+  if (error == ERROR_SUCCESS) *line = std::move(opened);
+  return error;
+}
+
+TtyLine::~TtyLine() {
+  if (claimed_) ioctl(io_.get(), TIOCNXCL);
+}
+
+DWORD TtyLine::OpenBoth(const std::string& path) {
+  io_ = OpenDevice(path);
+  if (!io_.valid()) return OpenError(errno);
+  termios2 settings{};
+  if (ioctl(io_.get(), TCGETS2, &settings) != 0) return OpenError(errno);
+  // The lock comes before the second opening: of two programs that start at the same time, one
+  // gets it and the other goes away without having touched the line.
+  if (flock(io_.get(), LOCK_EX | LOCK_NB) != 0) return OpenError(errno);
+  timed_ = OpenDevice(path);
+  if (!timed_.valid()) return OpenError(errno);
+  const int flags = fcntl(timed_.get(), F_GETFL);
+  if (fcntl(timed_.get(), F_SETFL, flags & ~O_NONBLOCK) != 0) return OpenError(errno);
+  wake_ = FileDescriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+  return wake_.valid() ? ERROR_SUCCESS : OpenError(errno);
+}
+
+// The lock keeps out programs that ask for it, root's too; the exclusive mark keeps out all others
+// but root's. A program that ignores the lock and opened the device before the mark was made stays
+// in: nothing can tell. The mark must follow the second opening, which it would refuse.
+//
+// A pseudo terminal keeps the mark for as long as its other end lives, so that a program that
+// crashes would lock out all that come after; the lock alone serves there.
+DWORD TtyLine::Claim() {
+  struct stat first {};
+  struct stat second {};
+  if (fstat(io_.get(), &first) != 0 || fstat(timed_.get(), &second) != 0) return OpenError(errno);
+  // Another adapter may have taken the name between the two openings.
+  if (first.st_rdev != second.st_rdev) return ERROR_FILE_NOT_FOUND;
+  if (IsPseudoTerminal(first)) return ERROR_SUCCESS;
+  if (ioctl(io_.get(), TIOCEXCL) != 0) return OpenError(errno);
+  claimed_ = true;
+  return ERROR_SUCCESS;
+}
+
+// No modem line is moved here. The system itself raises DTR and RTS of a UART that nobody else has
+// open; they go off with the first settings.
+DWORD TtyLine::SetUp() {
+  termios2 settings{};
+  if (ioctl(io_.get(), TCGETS2, &settings) != 0) return OpenError(errno);
+  MakeRaw(&settings);
+  if (ioctl(io_.get(), TCSETS2, &settings) != 0) return OpenError(errno);
+  AskForLowLatency(io_);
+  const DWORD error = PurgeInput();
+  return error == ERROR_DEVICE_NOT_CONNECTED ? ERROR_FILE_NOT_FOUND : error;
+}
+
+DWORD TtyLine::Configure(DWORD bit_rate) {
+  termios2 before{};
+  if (ioctl(io_.get(), TCGETS2, &before) != 0) return UseError(errno);
+  termios2 settings = before;
+  SetBitRate(&settings, bit_rate);
+  if (ioctl(io_.get(), TCSETS2, &settings) != 0) return UseError(errno);
+  // A driver does not refuse a rate it cannot do: it sets another one.
+  termios2 after{};
+  if (ioctl(io_.get(), TCGETS2, &after) != 0) return UseError(errno);
+  if (!IsCloseTo(after.c_ospeed, bit_rate)) {
+    ioctl(io_.get(), TCSETS2, &before);
+    return ERROR_INVALID_PARAMETER;
+  }
+  const int off = TIOCM_DTR | TIOCM_RTS;
+  if (ioctl(io_.get(), TIOCMBIC, &off) != 0 && !LacksRequest(errno)) return UseError(errno);
+  return ERROR_SUCCESS;
+}
+
+bool TtyLine::HungUp() const {
+  pollfd line{io_.get(), POLLIN, 0};
+  return poll(&line, 1, 0) > 0 && (line.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0;
+}
+
+Transfer TtyLine::ReadFrom(const FileDescriptor& descriptor, void* buffer, std::size_t size) {
+  const ssize_t count = read(descriptor.get(), buffer, size);
+  if (count > 0) return {static_cast<std::size_t>(count), ERROR_SUCCESS};
+  if (count < 0 && errno != EAGAIN && errno != EINTR) return {0, UseError(errno)};
+  // A line that hung up reads as 0 bytes, just as the end of a timed read.
+  if (count == 0 && HungUp()) return {0, ERROR_DEVICE_NOT_CONNECTED};
+  return {};
+}
+
+Transfer TtyLine::Read(void* buffer, std::size_t size) { return ReadFrom(io_, buffer, size); }
+
+std::chrono::milliseconds TtyLine::TimedReadSpan() const { return kDriverReadSpan; }
+
+Transfer TtyLine::TimedRead(void* buffer, std::size_t size) {
+  return ReadFrom(timed_, buffer, size);
+}
+
+Transfer TtyLine::Write(const void* data, std::size_t size) {
+  const ssize_t count = write(io_.get(), data, size);
+  if (count >= 0) return {static_cast<std::size_t>(count), ERROR_SUCCESS};
+  if (errno == EAGAIN || errno == EINTR) return {};
+  return {0, UseError(errno)};
+}
+
+LineHealth TtyLine::WaitFor(short events, Deadline deadline) {
+  using std::chrono::duration_cast;
+  timespec remaining{};
+  if (!deadline.IsNever()) {
+    const Clock::duration left = deadline.Remaining(Clock::now());
+    const auto seconds = duration_cast<std::chrono::seconds>(left);
+    remaining.tv_sec = seconds.count();
+    remaining.tv_nsec = duration_cast<std::chrono::nanoseconds>(left - seconds).count();
+  }
+  pollfd waited[] = {{io_.get(), events, 0}, {wake_.get(), POLLIN, 0}};
+  const int ready = ppoll(waited, 2, deadline.IsNever() ? nullptr : &remaining, nullptr);
+  if (ready <= 0) return LineHealth::kUp;
+  const bool gone = (waited[0].revents & (POLLHUP | POLLERR | POLLNVAL)) != 0;
+  return gone ? LineHealth::kGone : LineHealth::kUp;
+}
+
+LineHealth TtyLine::WaitReadable(Deadline deadline) { return WaitFor(POLLIN, deadline); }
+
+LineHealth TtyLine::WaitWritable(Deadline deadline) { return WaitFor(POLLOUT, deadline); }
+
+void TtyLine::Interrupt() { eventfd_write(wake_.get(), 1); }
+
+DWORD TtyLine::PurgeInput() {
+  return ioctl(io_.get(), TCFLSH, TCIFLUSH) == 0 ? ERROR_SUCCESS : UseError(errno);
+}
+
+DWORD TtyLine::PurgeOutput() {
+  return ioctl(io_.get(), TCFLSH, TCOFLUSH) == 0 ? ERROR_SUCCESS : UseError(errno);
+}
+
+DWORD TtyLine::ModemStatus(DWORD* status) {
+  *status = 0;
+  int lines = 0;
+  if (ioctl(io_.get(), TIOCMGET, &lines) != 0) {
+    return LacksRequest(errno) ? ERROR_SUCCESS : UseError(errno);
+  }
+  for (const ModemLine& row : kModemLines) {
+    if ((lines & row.line) != 0) *status |= row.status;
+  }
+  return ERROR_SUCCESS;
+}
+
+DWORD TtyLine::Ring(RingState* state) {
+  serial_icounter_struct counters{};
+  if (ioctl(io_.get(), TIOCGICOUNT, &counters) == 0) {
+    *state = {true, static_cast<std::uint32_t>(counters.rng), false};
+    return ERROR_SUCCESS;
+  }
+  if (!LacksRequest(errno)) return UseError(errno);
+  DWORD status = 0;
+  const DWORD error = ModemStatus(&status);
+  *state = {false, 0, (status & MS_RING_ON) != 0};
+  return error;
+}
+
+}  // namespace vt63x::kernel
