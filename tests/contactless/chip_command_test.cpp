@@ -1,0 +1,373 @@
+#include "contactless/chip_command.h"
+
+#include <gtest/gtest.h>
+
+#include "contactless/command_run.h"
+#include "tests/contactless/scripted_registers.h"
+
+namespace vt63x {
+namespace {
+
+constexpr std::uint8_t kUntouched = 0xA7;
+constexpr std::uint16_t kLastBitsUntouched = 0xABCD;
+
+// One command on a chip of its own. The receive memory goes on for 4 guard bytes.
+struct Bench {
+  Bench(std::uint8_t code, const Bytes& send, std::uint16_t capacity)
+      : to_send(send), received(capacity + 4u, kUntouched) {
+    param.lower = &lower.record;
+    param.command = code;
+    param.clear_switch = 1;
+    param.spare = 0x77;
+    param.send_buffer = to_send.data();
+    param.send_length = static_cast<std::uint16_t>(to_send.size());
+    param.receive_buffer = received.data();
+    param.receive_length = capacity;
+    param.receive_last_bits = kLastBitsUntouched;
+  }
+  HFLSTATUS Run() { return ExecuteSingleCommand(&param); }
+
+  ScriptedRegisters chip;
+  LowerRecord lower{&chip};
+  Bytes to_send;
+  Bytes received;
+  single_command_param param{};
+};
+
+TEST(ChipCommandTest, TransceiveOfOneByteMakesExactlyTheseAccesses) {
+  Bench bench(0x0C, {0x26}, 2);
+  bench.chip.registers[0x01] = 0xA3;
+  bench.chip.registers[0x02] = 0x80;
+  bench.chip.registers[0x03] = 0x10;
+  bench.chip.quiet_passes = 1;
+  bench.chip.answers = {{0x64, 2, 0, 0, {0x04, 0x00}}};
+  EXPECT_EQ(bench.Run(), HFL_SUCCESS);
+  EXPECT_EQ(bench.chip.trace,
+            "G01 S01=AC S04=21 S05=00 S0A=80 G02 S02=A3 G03 S03=10 W09=26 M0D+80 "
+            "G04 G05 G04 G05 M02-23 M03-00 G0A G0C G06 R09*2 "
+            "S04=20 S05=00 S0A=80 S04=01");
+  EXPECT_EQ(bench.received, Bytes({0x04, 0x00, 0xA7, 0xA7, 0xA7, 0xA7}));
+  EXPECT_EQ(bench.param.receive_length, 2);
+  EXPECT_EQ(bench.param.receive_last_bits, 0);
+  EXPECT_EQ(bench.param.spare, 0);
+}
+
+TEST(ChipCommandTest, EveryCommandEnablesAndAwaitsItsOwnBits) {
+  struct Case {
+    std::uint8_t code;
+    Bytes send;
+    std::uint8_t request;
+    const char* trace;
+  };
+  for (const Case& c :
+       {Case{0x04,
+             {0x11},
+             0x40,
+             "G01 S01=30 S04=40 S05=00 S0A=80 G02 S02=41 G03 S03=00 W09=11 G01 S01=34 "
+             "G04 G05 M02-41 M03-00 S04=40 S05=00 S0A=80 S04=01"},
+        Case{0x08,
+             {},
+             0x20,
+             "G01 S01=30 S04=21 S05=00 S0A=80 G02 S02=23 G03 S03=00 G01 S01=38 "
+             "G04 G05 M02-23 M03-00 G0A G0C G06 R09*0 S04=20 S05=00 S0A=80 S04=01"},
+        Case{0x0C,
+             {},
+             0x30,
+             "G01 S01=3C S04=21 S05=00 S0A=80 G02 S02=23 G03 S03=00 M0D+80 "
+             "G04 G05 M02-23 M03-00 G0A G0C G06 R09*0 S04=20 S05=00 S0A=80 S04=01"},
+        Case{0x0E,
+             {0x60},
+             0x10,
+             "G01 S01=30 S04=11 S05=00 S0A=80 G02 S02=13 G03 S03=00 W09=60 G01 S01=3E "
+             "G04 G05 M02-13 M03-00 S04=10 S05=00 S0A=80 S04=01"}}) {
+    Bench bench(c.code, c.send, 0);
+    bench.chip.registers[0x01] = 0x3C;
+    bench.chip.answers = {{c.request, 0, 0, 0, {}}};
+    EXPECT_EQ(bench.Run(), HFL_SUCCESS);
+    EXPECT_EQ(bench.chip.trace, c.trace);
+  }
+}
+
+TEST(ChipCommandTest, UnknownCommandIsRefusedAfterTheChipIsIdle) {
+  for (int code = 0; code < 256; ++code) {
+    const bool known = code == 0x00 || code == 0x03 || code == 0x04 || code == 0x08 ||
+                       code == 0x0C || code == 0x0E || code == 0x0F;
+    if (known) continue;
+    Bench bench(static_cast<std::uint8_t>(code), {0x01}, 2);
+    bench.chip.registers[0x01] = 0x2C;
+    EXPECT_EQ(bench.Run(), HFL_UNKNOWN_COMMAND) << code;
+    EXPECT_EQ(bench.chip.trace, "G01 S01=20");
+    EXPECT_EQ(bench.param.receive_length, 0);
+  }
+}
+
+TEST(ChipCommandTest, TimerExpiryReadsNoAnswerEvenWhenSomethingArrived) {
+  Bench bench(0x0C, {0x26}, 2);
+  bench.chip.answers = {{0x21, 2, 0, 0, {0x04, 0x00}}};
+  EXPECT_EQ(bench.Run(), HFL_NO_ANSWER);
+  EXPECT_EQ(bench.param.receive_length, 0);
+  EXPECT_EQ(bench.param.receive_last_bits, kLastBitsUntouched);
+  EXPECT_EQ(bench.received, Bytes(6, kUntouched));
+  EXPECT_TRUE(bench.chip.trace.ends_with("M03-00 S04=21 S05=00 S0A=80 S04=01"));
+}
+
+TEST(ChipCommandTest, SpareByteStaysWithoutTheClearSwitch) {
+  Bench bench(0x04, {0x01}, 0);
+  bench.param.clear_switch = 0;
+  bench.chip.answers = {{0x40, 0, 0, 0, {}}};
+  EXPECT_EQ(bench.Run(), HFL_SUCCESS);
+  EXPECT_EQ(bench.param.spare, 0x77);
+}
+
+// How many bytes the chip claims, how many bits of the last, and what there is room for.
+TEST(ChipCommandTest, AnswerNeverLeavesTheReceiveBufferAndCountsCompleteBytes) {
+  struct Case {
+    std::uint8_t level;
+    std::uint8_t control;
+    std::uint16_t capacity;
+    HFLSTATUS status;
+    std::uint16_t length;
+    int bytes_delivered;
+  };
+  for (const Case& c :
+       {Case{5, 0xF8, 5, HFL_SUCCESS, 5, 5}, Case{5, 0x03, 5, HFL_SUCCESS, 4, 5},
+        Case{5, 0x03, 16, HFL_SUCCESS, 4, 5}, Case{18, 0, 16, HFL_BUFFER_SIZE, 16, 16},
+        Case{18, 0x07, 16, HFL_BUFFER_SIZE, 15, 16}, Case{255, 0, 5, HFL_BUFFER_SIZE, 5, 5},
+        Case{255, 0, 255, HFL_SUCCESS, 255, 255}, Case{1, 0x04, 0, HFL_BUFFER_SIZE, 0, 0},
+        Case{0, 0x05, 2, HFL_SUCCESS, 0, 0}, Case{0, 0, 0, HFL_SUCCESS, 0, 0}}) {
+    Bench bench(0x0C, {0x26}, c.capacity);
+    bench.chip.answers = {{0x20, c.level, c.control, 0, Bytes(c.level, 0x5C)}};
+    Bytes expected(c.capacity + 4u, kUntouched);
+    std::fill_n(expected.begin(), c.bytes_delivered, std::uint8_t{0x5C});
+    SCOPED_TRACE(testing::Message() << int{c.level} << " bytes into " << c.capacity);
+    EXPECT_EQ(bench.Run(), c.status);
+    EXPECT_EQ(bench.param.receive_length, c.length);
+    EXPECT_EQ(bench.param.receive_last_bits, c.control & 0x07);
+    EXPECT_EQ(bench.received, expected);
+  }
+}
+
+int CountOf(const std::string& text, const std::string& part) {
+  int count = 0;
+  for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
+    ++count;
+  }
+  return count;
+}
+
+// The error register rules in their own words: a first guess that later rules replace.
+HFLSTATUS ExpectedStatus(int errors, bool acknowledge) {
+  if (errors == 0) return HFL_SUCCESS;
+  HFLSTATUS status = HFL_SUCCESS;
+  if ((errors & 0x08) != 0) {
+    status = HFL_COLLISION;
+  } else if ((errors & 0x02) != 0) {
+    status = HFL_PARITY_ERROR;
+  }
+  if ((errors & 0x01) != 0) {
+    status = HFL_PROTOCOL_ERROR;
+  } else if ((errors & 0x10) != 0) {
+    status = HFL_OVERFLOW;
+  } else if ((errors & 0x04) != 0) {
+    status = acknowledge ? HFL_SHORT_ANSWER : HFL_CRC_ERROR;
+  } else if ((errors & 0x40) != 0) {
+    status = HFL_TEMPERATURE;
+  }
+  if ((errors & 0x80) != 0) status = HFL_WRITE_ERROR;
+  return status == HFL_SUCCESS ? HFL_CHIP_ERROR : status;
+}
+
+TEST(ChipCommandTest, EveryErrorValueHasItsStatusAndDeliversTheAnswer) {
+  for (int errors = 0; errors < 256; ++errors) {
+    Bench data(0x0C, {0x30}, 4);
+    data.chip.answers = {{0x20, 2, 0, static_cast<std::uint8_t>(errors), {0x12, 0x34}}};
+    EXPECT_EQ(data.Run(), ExpectedStatus(errors, false)) << errors;
+    EXPECT_EQ(data.param.receive_length, 2);
+    EXPECT_EQ(Bytes(data.received.begin(), data.received.begin() + 3), Bytes({0x12, 0x34, 0xA7}));
+    EXPECT_EQ(data.chip.trace.find("S06=00") != std::string::npos, errors != 0);
+
+    Bench nibble(0x0C, {0x30}, 4);
+    nibble.chip.answers = {{0x20, 1, 4, static_cast<std::uint8_t>(errors), {0x0A}}};
+    const HFLSTATUS expected = ExpectedStatus(errors, true);
+    EXPECT_EQ(nibble.Run(), expected) << errors;
+    EXPECT_EQ(nibble.param.receive_length, expected == HFL_SHORT_ANSWER ? 1 : 0);
+    // The nibble is taken out of the FIFO by itself unless a worse error hides the CRC's.
+    const bool taken_alone = (errors & 0x15) == 0x04;
+    EXPECT_EQ(CountOf(nibble.chip.trace, "G09"), taken_alone ? 1 : 0);
+  }
+}
+
+TEST(ChipCommandTest, OnlyOneByteOfFourOrEightBitsIsAShortAnswer) {
+  struct Case {
+    std::uint8_t level, control;
+    std::uint16_t capacity;
+    HFLSTATUS status;
+    std::uint16_t length;
+  };
+  for (const Case& c : {Case{1, 4, 1, HFL_SHORT_ANSWER, 1}, Case{1, 0, 1, HFL_SHORT_ANSWER, 1},
+                        Case{1, 3, 1, HFL_CRC_ERROR, 0}, Case{1, 5, 1, HFL_CRC_ERROR, 0},
+                        Case{2, 4, 2, HFL_CRC_ERROR, 1}, Case{0, 4, 1, HFL_CRC_ERROR, 0},
+                        Case{1, 4, 0, HFL_BUFFER_SIZE, 0}}) {
+    Bench bench(0x0C, {0x30}, c.capacity);
+    bench.chip.answers = {{0x20, c.level, c.control, 0x04, Bytes(c.level, 0x0A)}};
+    SCOPED_TRACE(testing::Message() << int{c.level} << " bytes, bits " << int{c.control});
+    EXPECT_EQ(bench.Run(), c.status);
+    EXPECT_EQ(bench.param.receive_length, c.length);
+    EXPECT_EQ(bench.received[0], c.capacity > 0 && c.level > 0 ? 0x0A : kUntouched);
+    EXPECT_EQ(bench.received[c.capacity], kUntouched);
+  }
+}
+
+TEST(ChipCommandTest, AnyFailingAccessEndsTheCommandWithItsStatus) {
+  struct Case {
+    std::uint8_t code;
+    ChipAnswer answer;
+    int at_least;
+  };
+  for (const Case& c : {Case{0x0C, Complete({1, 2}), 23}, Case{0x0C, Acknowledge(0x0A), 24},
+                        Case{0x0C, Collided({1, 2}, 3), 24}, Case{0x08, Complete({1}), 23},
+                        Case{0x0C, Silence(), 18}, Case{0x04, {0x40, 0, 0, 0, {}}, 20},
+                        Case{0x0E, {0x10, 0, 0, 0, {}}, 20}, Case{0x00, {}, 16}}) {
+    ExpectEveryFailingAccessToEndIt([&](ScriptedRegisters& chip) { chip.answers = {c.answer}; },
+                                    [&](ScriptedRegisters& chip) {
+                                      LowerRecord lower(&chip);
+                                      std::uint8_t bytes[2] = {0x26, 0x00};
+                                      single_command_param param{
+                                          &lower.record, nullptr, nullptr, c.code, 1, 0,
+                                          bytes,         2,       bytes,   2,      0};
+                                      return ExecuteSingleCommand(&param);
+                                    },
+                                    c.at_least);
+  }
+}
+
+TEST(ChipCommandTest, ClearWritesBothMasksAndFlushes) {
+  ScriptedRegisters whole;
+  LowerRecord lower_record(&whole);
+  EXPECT_EQ(ClearIrqAndFlushFifo(&lower_record.record, 0x21, 0x14), HFL_SUCCESS);
+  EXPECT_EQ(whole.trace, "S04=21 S05=14 S0A=80");
+  ExpectEveryFailingAccessToEndIt([](ScriptedRegisters&) {},
+                                  [](ScriptedRegisters& chip) {
+                                    LowerRecord lower(&chip);
+                                    return ClearIrqAndFlushFifo(&lower.record, 0x21, 0x14);
+                                  },
+                                  3);
+}
+
+// A clock that a test moves: every look at it takes `tick`.
+std::chrono::steady_clock::time_point fake_now;
+std::chrono::milliseconds tick;
+std::chrono::steady_clock::time_point TickingClock() { return fake_now += tick; }
+
+TEST(ChipCommandTest, ChipThatNeverSignalsEndsTheWaitAtTheLimitAndIsCleanedUp) {
+  tick = kWaitLimit / 20;
+  Bench bench(0x0C, {0x26}, 2);
+  bench.chip.answers = {{0x00, 2, 0, 0, {1, 2}}};
+  const CommandResult result = RunSingleCommand(&bench.param, TickingClock);
+  EXPECT_EQ(result.status, HFL_NO_ANSWER);
+  EXPECT_FALSE(result.access_failed);
+  EXPECT_EQ(CountOf(bench.chip.trace, "G04 G05"), 20);
+  EXPECT_TRUE(bench.chip.trace.ends_with("M02-23 M03-00 S04=00 S05=00 S0A=80 S04=01"));
+  EXPECT_EQ(bench.param.receive_length, 0);
+}
+
+TEST(ChipCommandTest, AnswerAtTheLastLookCountsAndOneLookLaterDoesNot) {
+  tick = kWaitLimit / 20;
+  for (const int quiet_passes : {19, 20}) {
+    Bench bench(0x0C, {0x26}, 2);
+    bench.chip.quiet_passes = quiet_passes;
+    bench.chip.answers = {Complete({1, 2})};
+    EXPECT_EQ(RunSingleCommand(&bench.param, TickingClock).status,
+              quiet_passes == 19 ? HFL_SUCCESS : HFL_NO_ANSWER);
+  }
+  // A line so slow that the first look comes after the limit.
+  tick = kWaitLimit * 3;
+  Bench bench(0x0C, {0x26}, 2);
+  bench.chip.answers = {Complete({1, 2})};
+  EXPECT_EQ(RunSingleCommand(&bench.param, TickingClock).status, HFL_SUCCESS);
+}
+
+TEST(ChipCommandTest, CommandWithoutAwaitedBitsEndsAtTheChipsReportOrShortlyAfter) {
+  struct Case {
+    std::uint8_t code;
+    std::uint8_t coprocessor_status;
+    const char* wait;
+  };
+  tick = kUnreportedEndLimit / 2;
+  for (const Case& c :
+       {Case{0x00, 0x00, "S01=00 G01 M02-00"}, Case{0x03, 0x20, "S01=03 G01 G07 M02-00"},
+        Case{0x0F, 0x00, "S01=0F G01 G07 G01 G07 M02-00"}}) {
+    Bench bench(c.code, {0x01}, 0);
+    bench.chip.registers[0x07] = c.coprocessor_status;
+    EXPECT_EQ(RunSingleCommand(&bench.param, TickingClock).status, HFL_SUCCESS);
+    EXPECT_EQ(CountOf(bench.chip.trace, c.wait), 1) << bench.chip.trace;
+  }
+}
+
+struct CallbackLog {
+  int calls = 0;
+  HFLSTATUS status = HFL_SUCCESS;
+  std::uint8_t comm_mask = 0x21;
+  bool link_breaks = false;
+  ScriptedRegisters* chip = nullptr;
+};
+
+HFLSTATUS RecordingCallback(wait_event_cb_param* event) {
+  auto* const log = static_cast<CallbackLog*>(event->wait_cb_context);
+  ++log->calls;
+  EXPECT_EQ(event->spare_word, 0u);
+  EXPECT_EQ(event->spare_byte, 0);
+  EXPECT_EQ(*event->commIrqEn, 0x23);
+  EXPECT_EQ(*event->waitForComm, 0x21);
+  EXPECT_EQ(*event->divIrqEn, 0x00);
+  EXPECT_EQ(*event->waitForDiv, 0x00);
+  EXPECT_EQ(event->command, 0x0C);
+  EXPECT_NE(event->lower, nullptr);
+  *event->waitForComm = log->comm_mask;
+  *event->divIrqEn = 0x10;
+  if (log->link_breaks) log->chip->fail_from = log->chip->accesses + 1;
+  return log->status;
+}
+
+TEST(ChipCommandTest, WaitCallbackReplacesPollingAndItsMasksAreUsed) {
+  Bench bench(0x0C, {0x26}, 2);
+  bench.chip.answers = {{0x64, 2, 0, 0, {0x04, 0x00}}};
+  CallbackLog log;
+  log.comm_mask = 0x44;
+  bench.param.wait_cb = RecordingCallback;
+  bench.param.wait_cb_context = &log;
+  EXPECT_EQ(bench.Run(), HFL_SUCCESS);
+  EXPECT_EQ(log.calls, 1);
+  EXPECT_TRUE(bench.chip.trace.ends_with(
+      "M0D+80 G04 G05 M02-23 M03-10 G0A G0C G06 R09*2 S04=44 S05=00 S0A=80 S04=01"))
+      << bench.chip.trace;
+}
+
+TEST(ChipCommandTest, WaitCallbacksStatusStandsUnlessTheTimerRanOut) {
+  for (const std::uint8_t request : Bytes{0x20, 0x21}) {
+    Bench bench(0x0C, {0x26}, 2);
+    bench.chip.answers = {{request, 2, 0, 0, {0x04, 0x00}}};
+    CallbackLog log;
+    log.status = 0x0BAD;
+    bench.param.wait_cb = RecordingCallback;
+    bench.param.wait_cb_context = &log;
+    EXPECT_EQ(bench.Run(), request == 0x20 ? 0x0BAD : HFL_NO_ANSWER);
+    EXPECT_EQ(bench.param.receive_length, 0);
+    EXPECT_EQ(bench.chip.trace.find("G0A"), std::string::npos);
+  }
+}
+
+TEST(ChipCommandTest, FailingLooksAfterTheCallbackDoNotEndTheCommandButTheNextAccessDoes) {
+  Bench bench(0x0C, {0x26}, 2);
+  bench.chip.answers = {Complete({0x04, 0x00})};
+  CallbackLog log;
+  log.link_breaks = true;
+  log.chip = &bench.chip;
+  bench.param.wait_cb = RecordingCallback;
+  bench.param.wait_cb_context = &log;
+  EXPECT_EQ(bench.Run(), bench.chip.fail_status);
+  EXPECT_TRUE(bench.chip.trace.ends_with("M0D+80 G04 G05 M02-23")) << bench.chip.trace;
+}
+
+}  // namespace
+}  // namespace vt63x
