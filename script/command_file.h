@@ -1,0 +1,61 @@
+#ifndef VT63X_SCRIPT_COMMAND_FILE_H
+#define VT63X_SCRIPT_COMMAND_FILE_H
+
+// A command file, read and decoded once for a run that may pass its lines many times.
+//
+// The file is a text in which CR LF and LF end a line and Ctrl-Z (0x1A) ends the text, on every
+// system. A line of more than 199 characters is read in pieces of 199, each a line of its own. A
+// line ends for the interpreter at its first carriage return or zero byte.
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "script/decoded_line.h"
+
+namespace vt63x {
+
+// The longest piece, in characters; a line end within it counts.
+inline constexpr std::size_t LONGEST_LINE = 199;
+
+// The largest command file, in bytes: a device that never ends must not fill the memory.
+inline constexpr std::size_t LARGEST_COMMAND_FILE = 256U * 1024 * 1024;
+
+struct DuplicateLabel {
+  std::string_view name;
+  std::uint32_t line;        // place in the file, from 1
+  std::uint32_t first_line;  // where jumps to that name land
+};
+
+class CommandFile {
+ public:
+  // Decodes `content` and finds the label of every jump; the first label of a name counts.
+  explicit CommandFile(std::string_view content);
+
+  std::size_t size() const { return lines_.size(); }
+  const DecodedLine& line(std::size_t index) const { return lines_[index]; }
+  // The line's text behind its command and cell operands, folded to capitals.
+  const char* text(const DecodedLine& line) const { return text_.data() + line.text; }
+
+  // What a check of the file reports, by place in the file. Views into this object.
+  const std::vector<DuplicateLabel>& duplicate_labels() const { return duplicate_labels_; }
+  const std::vector<std::uint32_t>& long_lines() const { return long_lines_; }
+
+ private:
+  void AddPiece(std::string_view piece, std::uint32_t file_line);
+  void ResolveJumps();
+
+  std::string text_;  // all pieces, each terminated
+  std::vector<DecodedLine> lines_;
+  std::vector<DuplicateLabel> duplicate_labels_;
+  std::vector<std::uint32_t> long_lines_;
+};
+
+// Reads the bytes of a file. 0, or the errno value of what went wrong (EISDIR for a directory,
+// EFBIG above LARGEST_COMMAND_FILE).
+int ReadWholeFile(const char* path, std::string& content);
+
+}  // namespace vt63x
+
+#endif

@@ -1,0 +1,79 @@
+#include "script/runner.h"
+
+#include <algorithm>
+#include <exception>
+#include <memory>
+#include <string>
+
+#include "script/command_table.h"
+#include "script/interpreter.h"
+#include "shell/state/log.h"
+
+namespace vt63x {
+namespace {
+
+// Memory may run out on a large file; no exception leaves the runner's thread.
+bool Load(const char* path, std::unique_ptr<CommandFile>& file) try {
+  std::string content;
+  if (ReadWholeFile(path, content) != 0) return false;
+  file = std::make_unique<CommandFile>(content);
+  return true;
+} catch (const std::exception&) {
+  return false;
+}
+
+ScriptEnd RunFile(LineParser& parser) {
+  const AppState& state = *parser.action->app_state;
+  log_append(parser.action, "Processing ", 0);
+  log_append(parser.action, state.wcf_path, 1);
+  std::unique_ptr<CommandFile> file;
+  if (Load(state.wcf_path, file)) return RunLines(parser, *file);
+  log_append(parser.action, "Error. Could not read file.", 1);
+  return ScriptEnd::kUnreadable;
+}
+
+}  // namespace
+
+DWORD WINAPI RunCommandFile(void* action) {
+  LineParser parser(static_cast<action_param*>(action));
+  AppState& state = *parser.action->app_state;
+  const ScriptEnd end = RunFile(parser);
+  state.script_running = 0;
+  if (state.view != nullptr) state.view->ScriptEnded(end, parser.totals);
+  return 0;
+}
+
+// A jump goes to its label's line, which then does nothing but count as an executed line: what is
+// skipped on the way has no effect either. A jump without a label to go to reads to the end of the
+// file.
+ScriptEnd RunLines(LineParser& parser, const CommandFile& file) {
+  AppState& state = *parser.action->app_state;
+  std::size_t next = static_cast<std::size_t>(std::max(0, state.resume_line.load()));
+  while (next < file.size()) {
+    if (state.script_running == 0) {
+      log_append(parser.action, "User Break recognised.", 1);
+      return ScriptEnd::kUserBreak;
+    }
+    const DecodedLine& line = file.line(next++);
+    parser.line = line.file_line;
+    const int result = ExecuteDecoded(parser, line, file.text(line));
+    if (result == LINE_JUMP && line.target != DecodedLine::kNoTarget) {
+      next = line.target;
+      continue;
+    }
+    if (result == LINE_BREAK) {
+      state.resume_line = static_cast<std::int32_t>(next);
+      return ScriptEnd::kBreakCommand;
+    }
+    state.resume_line.store(0, std::memory_order_relaxed);
+    if (result == LINE_JUMP) {
+      token_buffer label;
+      ScanToken(file.text(line), label);
+      ReportFault(parser, ScriptFaultKind::kNoSuchLabel, label);
+      break;
+    }
+  }
+  return ScriptEnd::kEndOfFile;
+}
+
+}  // namespace vt63x

@@ -1,0 +1,137 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <string>
+
+#include "script/interpreter.h"
+#include "tests/support/program_state.h"
+#include "tests/support/temp_directory.h"
+
+namespace vt63x {
+namespace {
+
+class ApplicationCommandsTest : public testing::Test {
+ protected:
+  int Run(std::string line) { return ExecuteLine(parser, line.data()); }
+
+  ProgramState program;
+  LineParser parser{&program.action};
+};
+
+TEST_F(ApplicationCommandsTest, BitRateIsShownAfterItsLineOrRefused) {
+  for (const char* rate :
+       {"9600", "14400", "19200", "38400", "57600", "115200", "128000", "256000"}) {
+    parser.IOE = 1;
+    EXPECT_EQ(Run(std::string("CHB ") + rate), LINE_OK);
+    EXPECT_EQ(parser.IOE, 0);
+    EXPECT_EQ(program.view.bit_rates.back(), rate);
+  }
+  Run("CHB 19200");
+  EXPECT_EQ(program.last_line(), "CHB   19200     // Baudrate = 19200");
+  EXPECT_EQ(program.state.baudrate_index, 0);
+
+  const std::size_t shown = program.view.bit_rates.size();
+  struct Case {
+    const char* line;
+    const char* log;
+  };
+  for (const Case& c :
+       {Case{"CHB 4800", "//CHB: Error: Unsupported Baudrate - 4800"},
+        Case{"CHB", "//CHB: Error: Unsupported Baudrate - 0"},
+        Case{"CHB 9601", "//CHB: Error: Unsupported Baudrate - 9601"},
+        Case{"CHB 99999999999", "//CHB: Error: Unsupported Baudrate - 2147483647"}}) {
+    parser.IOE = 0;
+    EXPECT_EQ(Run(c.line), LINE_OK);
+    EXPECT_EQ(parser.IOE, 1);
+    EXPECT_EQ(program.last_line(), c.log);
+  }
+  EXPECT_EQ(program.view.bit_rates.size(), shown);
+}
+
+TEST_F(ApplicationCommandsTest, SleepTakesTheLow16Bits) {
+  const auto elapsed_ms = [&](const char* line) {
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(Run(line), LINE_OK);
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
+        .count();
+  };
+  EXPECT_GE(elapsed_ms("SLP 30"), 30.0);
+  EXPECT_GE(elapsed_ms("SLP 65546"), 10.0);
+  EXPECT_LT(elapsed_ms("SLP 65536"), 5000.0);
+  EXPECT_EQ(program.log(), "");
+}
+
+TEST_F(ApplicationCommandsTest, WaitsOnAClosedPortTimeOutAndSayWhatTheyWaitedFor) {
+  struct Case {
+    const char* line;
+    const char* log;
+  };
+  for (const Case& c : {Case{"WIE 20", "WIE 20       // Timeout = 20 (Result: 0)"},
+                        Case{"WIE 65541", "WIE 5       // Timeout = 5 (Result: 0)"},
+                        Case{"WIL 1 5", "WIL 1 5    // Level = 1, Timeout = 5 (Result: 0)"},
+                        Case{"WIL 5 5", "WIL 1 5    // Level = 1, Timeout = 5 (Result: 0)"},
+                        Case{"WIL 256 5", "WIL 0 5    // Level = 0, Timeout = 5 (Result: 1)"},
+                        Case{"WIL 2 0", "WIL 1 0    // Level = 1, Timeout = 0 (Result: 0)"},
+                        Case{"WIL", "WIL 0 0    // Level = 0, Timeout = 0 (Result: 0)"}}) {
+    EXPECT_EQ(Run(c.line), LINE_OK) << c.line;
+    EXPECT_EQ(program.last_line(), c.log);
+  }
+}
+
+TEST_F(ApplicationCommandsTest, ClearLogLeavesNoLine) {
+  Run("//> something");
+  EXPECT_EQ(Run("CLL"), LINE_OK);
+  EXPECT_EQ(program.log(), "");
+}
+
+// SAV writes to the current directory, so these run in one of their own.
+class SaveTest : public ApplicationCommandsTest {
+ protected:
+  SaveTest() { std::filesystem::current_path(directory.path()); }
+  ~SaveTest() override { std::filesystem::current_path(old_directory); }
+
+  const std::filesystem::path old_directory = std::filesystem::current_path();
+  TempDirectory directory;
+};
+
+TEST_F(SaveTest, SavesUnderTheFoldedNameAndAddsToIt) {
+  Run("//> one");
+  EXPECT_EQ(Run("sav run1"), LINE_FAILED);
+  EXPECT_EQ(directory.Read("RUN1.txt"), "//< one\r\n");
+  Run("SAV RUN1 ignored");
+  EXPECT_EQ(directory.Read("RUN1.txt"), "//< one\r\n//< one\r\n");
+  Run("SAV my-log");
+  EXPECT_EQ(directory.Read("MY.txt"), "//< one\r\n");
+  EXPECT_EQ(program.log(), "//< one\r\n");
+}
+
+TEST_F(SaveTest, WithoutANameTheViewIsAsked) {
+  Run("//> one");
+  program.view.log_file = directory.File("chosen.txt");
+  EXPECT_EQ(Run("SAV"), LINE_FAILED);
+  EXPECT_EQ(program.view.asked_with, "*.txt");
+  EXPECT_EQ(directory.Read("chosen.txt"), "//< one\r\n");
+}
+
+TEST_F(SaveTest, FileThatCannotBeWrittenIsSilentInTheLogAndToldToTheView) {
+  Run("//> one");
+  std::filesystem::create_directory(directory.path() / "TAKEN.txt");
+  EXPECT_EQ(Run("SAV taken"), LINE_FAILED);
+  EXPECT_EQ(program.log(), "//< one\r\n");
+  EXPECT_NE(program.view.not_saved.find("TAKEN.txt"), std::string::npos);
+  EXPECT_EQ(program.view.save_error, EISDIR);
+}
+
+TEST_F(SaveTest, DirectoryTooLongForAPathIsRefused) {
+  std::filesystem::path deep = directory.path();
+  while (deep.string().size() < 270) deep /= std::string(50, 'd');
+  std::filesystem::create_directories(deep);
+  std::filesystem::current_path(deep);
+  EXPECT_EQ(Run("SAV run1"), LINE_FAILED);
+  EXPECT_EQ(program.view.save_error, ENAMETOOLONG);
+  EXPECT_FALSE(std::filesystem::exists(deep / "RUN1.txt"));
+}
+
+}  // namespace
+}  // namespace vt63x
