@@ -48,9 +48,8 @@ void UsePort(AppState& state, HANDLE port) {
   state.port_handle = port;
 }
 
-// The bus learns of a port only when it is set up.
+// With stack_lock held.
 void HandToBus(AppState& state) {
-  const std::lock_guard lock(state.stack_lock);
   *static_cast<HANDLE*>(state.component_ptrs.serial_bus->core.members) = state.port_handle;
 }
 
@@ -61,7 +60,7 @@ void OpenPort(const action_param* action) {
   const char* const name = state.port_names[state.port_index];
   const HANDLE port = CreateFileA(name, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
                                   FILE_FLAG_OVERLAPPED, nullptr);
-  if (port == INVALID_HANDLE_VALUE) {
+  if (port == INVALID_HANDLE_VALUE) {  // NOLINT(performance-no-int-to-ptr)
     const DWORD error = GetLastError();
     UsePort(state, nullptr);
     log_append(action, "Error opening port - Check and verify (!) settings.", 1);
@@ -71,18 +70,22 @@ void OpenPort(const action_param* action) {
   UsePort(state, port);
   SetHostBaud9600(action);
   SetPortTimeouts(action);
-  HandToBus(state);
+  {
+    // The bus learns of a port only when it is set up.
+    const std::lock_guard lock(state.stack_lock);
+    HandToBus(state);
+  }
   if (state.view != nullptr) state.view->ShowPortOpen(true);
 }
 
 void ClosePort(const action_param* action) {
   AppState& state = *action->app_state;
-  if (state.port_handle != nullptr) {
+  {
     const std::lock_guard lock(state.stack_lock);
-    CloseHandle(state.port_handle);
+    if (state.port_handle != nullptr) CloseHandle(state.port_handle);
     state.port_handle = nullptr;
+    HandToBus(state);
   }
-  HandToBus(state);
   if (state.view != nullptr) state.view->ShowPortOpen(false);
   SetHostBaud9600(action);
 }

@@ -68,7 +68,12 @@ HANDLE WINAPI CreateEventA(LPSECURITY_ATTRIBUTES security, BOOL manual_reset, BO
     SetLastError(ERROR_INVALID_PARAMETER);
     return nullptr;
   }
-  const HANDLE handle = kernel::Handles().Add(std::make_shared<kernel::Event>());
+  HANDLE handle = nullptr;
+  try {
+    handle = kernel::Handles().Add(std::make_shared<kernel::Event>());
+  } catch (const std::bad_alloc&) {
+    // No exception leaves a Win32 call.
+  }
   if (handle == nullptr) SetLastError(ERROR_NOT_ENOUGH_MEMORY);
   return handle;
 }

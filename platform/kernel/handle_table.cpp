@@ -11,6 +11,7 @@ constexpr unsigned kSlotBits = 16;
 constexpr std::uint64_t kLastGeneration = (std::uint64_t{1} << 47) - 1;
 
 HANDLE MakeHandle(std::size_t index, std::uint64_t generation) {
+  // A handle is a number in the shape of a pointer. NOLINTNEXTLINE(performance-no-int-to-ptr)
   return reinterpret_cast<HANDLE>((generation << kSlotBits) | (index + 1));
 }
 

@@ -82,8 +82,10 @@ DWORD Port::SetMask(DWORD mask) {
   }
   const DWORD error = Usable();
   if (error != ERROR_SUCCESS) return error;
+  const bool counting = mask_ != 0;
   mask_ = mask;
-  return mask_ == 0 ? ERROR_SUCCESS : Noted(line_->Ring(&ring_));
+  // An edge that came while the event was asked for already is still to be reported.
+  return mask_ == 0 || counting ? ERROR_SUCCESS : Noted(line_->Ring(&ring_));
 }
 
 DWORD Port::BeginRead(OperationCall call, void* buffer, DWORD length) {

@@ -16,7 +16,7 @@ namespace {
 
 HANDLE FailOpen(DWORD error) {
   SetLastError(error);
-  return INVALID_HANDLE_VALUE;
+  return INVALID_HANDLE_VALUE;  // NOLINT(performance-no-int-to-ptr)
 }
 
 template <typename Action>

@@ -76,7 +76,7 @@ void* ThreadMain(void* argument) {
 bool StartDetached(std::unique_ptr<Start> start) {
   pthread_t id;
   if (pthread_create(&id, nullptr, ThreadMain, start.get()) != 0) return false;
-  start.release();  // owned by the new thread
+  static_cast<void>(start.release());  // owned by the new thread
   pthread_detach(id);
   return true;
 }

@@ -108,14 +108,14 @@ BOOL WINAPI PurgeComm(HANDLE port, DWORD flags);
 // MS_*_ON bits. A line without modem lines reads as 0.
 BOOL WINAPI GetCommModemStatus(HANDLE port, LPDWORD status);
 
-// EV_RING or 0. Edges are counted from this call on: by the driver, which misses none, or where it
-// cannot, as changes of the level seen every millisecond during a wait. Setting the mask ends a
-// pending WaitCommEvent with no event.
+// EV_RING or 0. Edges are counted from the call on that sets the mask first: by the driver, which
+// misses none, or where it cannot, as changes of the level seen every millisecond during a wait.
+// Setting the mask ends a pending WaitCommEvent with no event.
 BOOL WINAPI SetCommMask(HANDLE port, DWORD mask);
 
-// Overlapped ports only. TRUE when an edge has been counted since the mask was set or the last
-// wait ended; else FALSE with ERROR_IO_PENDING. One wait at a time, others give ERROR_BUSY; with
-// the mask 0 ERROR_INVALID_PARAMETER.
+// Overlapped ports only. TRUE when an edge has been counted since the mask was set first or the
+// last wait ended; else FALSE with ERROR_IO_PENDING. One wait at a time, others give ERROR_BUSY;
+// with the mask 0 ERROR_INVALID_PARAMETER.
 BOOL WINAPI WaitCommEvent(HANDLE port, LPDWORD events, LPOVERLAPPED overlapped);
 
 // One read and one write at a time may be pending on a port, others give ERROR_BUSY. An

@@ -1,0 +1,45 @@
+#ifndef VT63X_SIMULATOR_CARD_IMAGE_H
+#define VT63X_SIMULATOR_CARD_IMAGE_H
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace vt63x {
+
+// The memory of a card, kept in a file when there is one: the bytes of the memory and nothing else.
+// The file is replaced as a whole, by a new one that takes its name once it is complete, so that it
+// holds the memory before a change or after it and nothing between. One program at a time.
+class CardImage {
+ public:
+  // Without a file.
+  explicit CardImage(std::vector<std::uint8_t> bytes) : bytes_(std::move(bytes)) {}
+
+  // What the file holds; where there is none, it is made and holds `fresh`. Nothing, and a line for
+  // the user in `error`, when it has not exactly the size of `fresh`, when it does not begin with
+  // the first `fixed_count` bytes of `fresh`, or when it cannot be read or made. An existing file
+  // is not written to.
+  static std::optional<CardImage> Open(const std::filesystem::path& path,
+                                       std::vector<std::uint8_t> fresh, std::size_t fixed_count,
+                                       std::string& error);
+
+  std::span<const std::uint8_t> bytes() const { return bytes_; }
+
+  // Puts `data` at `offset`. False, with memory and file as they were, when it would lie outside
+  // or the file cannot be written.
+  bool Change(std::size_t offset, std::span<const std::uint8_t> data);
+
+ private:
+  bool Store(std::string& error) const;
+
+  std::vector<std::uint8_t> bytes_;
+  std::filesystem::path path_;  // empty: no file
+};
+
+}  // namespace vt63x
+
+#endif

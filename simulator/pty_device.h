@@ -1,0 +1,72 @@
+#ifndef VT63X_SIMULATOR_PTY_DEVICE_H
+#define VT63X_SIMULATOR_PTY_DEVICE_H
+
+// The pseudo terminal under a simulated line: what the client opens as its serial port.
+//
+// The server keeps the client's side open as well, for two jobs that only that side can do when a
+// client has closed: to take back exclusive use, which the kernel lets stick until somebody on
+// that side gives it up, so that the next client would find the device busy; and to throw away the
+// answers that the client left unread, which the next one would take for its own. It never reads
+// from that side or writes to it. Openings and closings show as events on the device's path. A
+// client that opens the device within the moment this takes may still be refused, unless the one
+// before it gave up exclusive use itself.
+//
+// One thread at a time.
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "simulator/unique_fd.h"
+
+namespace vt63x {
+
+class PtyDevice {
+ public:
+  // kReplaced: closed, and another one is there already.
+  enum class Change { kNone, kOpened, kClosed, kReplaced };
+
+  // Makes the device, raw and at 9600 bps before anybody can know its path. False and a line for
+  // the user in `error` on failure.
+  bool Open(std::string& error);
+
+  const std::string& path() const { return path_; }
+
+  // Readable when bytes from the client have come; -1 after HangUp.
+  int master_fd() const { return master_.get(); }
+  // Readable when a client has opened or closed the device; then call TakeChange.
+  int change_fd() const { return watch_.get(); }
+  // What has become of the client since the last call.
+  Change TakeChange();
+
+  // True while some program holds the device's advisory lock, as those do that share a serial port
+  // with nobody: whoever closed the device then was refused it, and the client is still there.
+  bool IsLocked() const;
+
+  // Throws away the answers in the device that nobody has read.
+  void DropUnreadAnswers();
+  // Lets the next client open the device though the last one wanted it for itself.
+  void EndExclusiveUse();
+
+  // Bit rate that the client has set, bits per second; 0 when the line is switched off.
+  std::uint32_t HostRate() const;
+
+  // Neither waits. Read: how many bytes came, perhaps none. Write: how many went into the client's
+  // buffer; the rest found it full.
+  std::size_t Read(std::span<std::uint8_t> buffer);
+  std::size_t Write(std::span<const std::uint8_t> bytes);
+
+  // Takes the line away: the client's reads and writes fail from now on, and the path is gone.
+  void HangUp();
+
+ private:
+  UniqueFd master_;
+  UniqueFd client_side_;
+  UniqueFd watch_;
+  std::string path_;
+};
+
+}  // namespace vt63x
+
+#endif

@@ -1,0 +1,35 @@
+#ifndef VT63X_SIMULATOR_UNIQUE_FD_H
+#define VT63X_SIMULATOR_UNIQUE_FD_H
+
+#include <unistd.h>
+
+#include <utility>
+
+namespace vt63x {
+
+// Owns a file descriptor, or none (-1).
+class UniqueFd {
+ public:
+  UniqueFd() = default;
+  explicit UniqueFd(int fd) : fd_(fd) {}
+  UniqueFd(UniqueFd&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
+  UniqueFd& operator=(UniqueFd&& other) noexcept {
+    if (this != &other) Reset(std::exchange(other.fd_, -1));
+    return *this;
+  }
+  ~UniqueFd() { Reset(); }
+
+  int get() const { return fd_; }
+  explicit operator bool() const { return fd_ >= 0; }
+  void Reset(int fd = -1) {
+    if (fd_ >= 0) ::close(fd_);
+    fd_ = fd;
+  }
+
+ private:
+  int fd_ = -1;
+};
+
+}  // namespace vt63x
+
+#endif

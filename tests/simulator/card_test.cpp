@@ -1,0 +1,183 @@
+#include "simulator/card.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "test_reader.h"
+
+namespace vt63x {
+namespace {
+
+using State = Card::State;
+
+AirFrame Short(std::uint8_t code) { return AirFrame::OfBits(code, 7); }
+AirFrame WithCrc(const Bytes& bytes) { return AirFrame::WithCrcA(bytes); }
+
+// What a reader may send to the card 01020304, whose check byte is 04.
+struct Sent {
+  const char* name;
+  AirFrame frame;
+};
+
+AirFrame WrongParity(AirFrame frame) {
+  frame.parity_ok = false;
+  return frame;
+}
+
+AirFrame Enciphered(AirFrame frame) {
+  frame.enciphered = true;
+  return frame;
+}
+
+std::vector<Sent> Frames() {
+  return {
+      {"REQA", Short(0x26)},
+      {"WUPA", Short(0x52)},
+      {"request of another kind", Short(0x35)},
+      {"REQA with wrong parity", WrongParity(Short(0x26))},
+      {"anticollision", AirFrame::OfBytes(Bytes{0x93, 0x20})},
+      {"anticollision of another card", AirFrame::OfBytes(Bytes{0x93, 0x30, 0x02})},
+      {"select", WithCrc({0x93, 0x70, 1, 2, 3, 4, 4})},
+      {"select of another card", WithCrc({0x93, 0x70, 1, 2, 3, 5, 5})},
+      {"select with a wrong check byte", WithCrc({0x93, 0x70, 1, 2, 3, 4, 5})},
+      {"select without CRC", AirFrame::OfBytes(Bytes{0x93, 0x70, 1, 2, 3, 4, 4, 0, 0})},
+      {"select of the next level", WithCrc({0x95, 0x70, 1, 2, 3, 4, 4})},
+      {"halt", WithCrc({0x50, 0x00})},
+      {"halt with wrong parity", WrongParity(WithCrc({0x50, 0x00}))},
+      {"halt enciphered", Enciphered(WithCrc({0x50, 0x00}))},
+      {"unknown command", WithCrc({0x77})},
+      {"nothing but a CRC", WithCrc({})},
+  };
+}
+
+// Brings a new card where it is wanted, starred or not.
+void Lead(Card& card, State state, bool starred) {
+  const Bytes select = {0x93, 0x70, 1, 2, 3, 4, 4};
+  if (starred || state == State::kHalt) {
+    for (const AirFrame& frame : {Short(0x26), WithCrc(select), WithCrc({0x50, 0x00})}) {
+      card.OnFrame(frame);
+    }
+  }
+  if (state == State::kReady || state == State::kActive) card.OnFrame(Short(0x52));
+  if (state == State::kActive) card.OnFrame(WithCrc(select));
+  ASSERT_EQ(card.state(), state);
+  ASSERT_EQ(card.starred(), starred);
+}
+
+// Where each frame leads from each state: i idle, r ready, a active, h halt; upper case when the
+// card answers. The starred states differ only in that they fall back to halt.
+TEST(CardStates, EveryFrameLeadsWhereItShould) {
+  struct Row {
+    State state;
+    bool starred;
+    const char* next;
+  };
+  const Row rows[] = {
+      {State::kIdle, false, "RRiiiiiiiiiiiiii"},   {State::kReady, false, "iiiiRiAiiiiiiiii"},
+      {State::kActive, false, "iiiiiiiiiiihiiii"}, {State::kHalt, false, "hRhhhhhhhhhhhhhh"},
+      {State::kReady, true, "hhhhRhAhhhhhhhhh"},   {State::kActive, true, "hhhhhhhhhhhhhhhh"},
+  };
+  for (const Row& row : rows) {
+    std::size_t column = 0;
+    for (const Sent& sent : Frames()) {
+      const auto card = CardNamed("01020304:plain");
+      Lead(*card, row.state, row.starred);
+      const bool answered = card->OnFrame(sent.frame).has_value();
+      const char letter = "irah"[static_cast<std::size_t>(card->state())];
+      EXPECT_EQ(answered ? static_cast<char>(letter - 'a' + 'A') : letter, row.next[column++])
+          << sent.name << " in " << StateName(row.state, row.starred);
+    }
+  }
+}
+
+TEST(CardStates, CardWokenFromHaltStaysStarredUntilItFallsBack) {
+  const auto card = CardNamed("01020304:plain");
+  Lead(*card, State::kActive, true);
+  EXPECT_STREQ(StateName(card->state(), card->starred()), "active*");
+  card->OnFrame(WithCrc({0x77}));
+  EXPECT_STREQ(StateName(card->state(), card->starred()), "halt");
+  card->PowerOff();
+  EXPECT_EQ(card->state(), State::kIdle);
+}
+
+// Every count of known bits, answered with exactly the others.
+TEST(CardAnticollision, AnswersTheBitsTheReaderLeftOut) {
+  const AirFrame own = AirFrame::OfBytes(Bytes{0x5A, 0xC3, 0x0F, 0x99, 0x5A ^ 0xC3 ^ 0x0F ^ 0x99});
+  for (std::size_t known = 0; known < 40; ++known) {
+    const auto card = CardNamed("5AC30F99:plain");
+    card->OnFrame(Short(0x26));
+    const auto nvb = static_cast<std::uint8_t>(0x20 + known / 8 * 16 + known % 8);
+    AirFrame frame = AirFrame::OfBytes(Bytes{0x93, nvb});
+    for (std::size_t bit = 0; bit < known; ++bit) frame.AppendBit(own.Bit(bit));
+
+    const auto answer = card->OnFrame(frame);
+    ASSERT_TRUE(answer) << known;
+    ASSERT_EQ(answer->bit_count, 40 - known);
+    for (std::size_t bit = known; bit < 40; ++bit) {
+      ASSERT_EQ(answer->Bit(bit - known), own.Bit(bit)) << known << " " << bit;
+    }
+    if (known == 0) continue;
+    const std::size_t last = 16 + known - 1;  // the frame with its last bit wrong
+    frame.bytes[last / 8] = static_cast<std::uint8_t>(frame.bytes[last / 8] ^ (1U << last % 8));
+    EXPECT_FALSE(card->OnFrame(frame)) << known;
+    EXPECT_EQ(card->state(), State::kIdle);
+  }
+}
+
+TEST(CardAnticollision, FrameThatDoesNotMatchItsCountIsNotAnswered) {
+  for (const Bytes& bytes :
+       {Bytes{0x93, 0x1F}, Bytes{0x93, 0x28, 0x01}, Bytes{0x93, 0x68}, Bytes{0x93, 0x30},
+        Bytes{0x93, 0x20, 0x01}, Bytes{0x93, 0xFF}, Bytes{0x93}, Bytes{}}) {
+    const auto card = CardNamed("01020304:plain");
+    card->OnFrame(Short(0x26));
+    EXPECT_FALSE(card->OnFrame(AirFrame::OfBytes(bytes))) << bytes.size();
+    EXPECT_EQ(card->state(), State::kIdle);
+  }
+}
+
+TEST(CardLevels, EachSizeShowsItsLevelsAndItsSize) {
+  struct Case {
+    const char* uid;
+    std::uint8_t atqa;
+    Bytes levels;
+  };
+  for (const Case& c : {
+           Case{"01020304", 0x04, {1, 2, 3, 4}},
+           Case{"01020304050607", 0x44, {0x88, 1, 2, 3, 4, 5, 6, 7}},
+           Case{"0102030405060708090A", 0x84, {0x88, 1, 2, 3, 0x88, 4, 5, 6, 7, 8, 9, 10}},
+       }) {
+    Chip chip;
+    chip.field().Add(CardNamed(c.uid));
+    TestReader reader(chip);
+    EXPECT_TRUE(reader.Request().Is({c.atqa, 0x00}));
+    reader.Request();  // unexpected, and so the way back to idle
+    EXPECT_EQ(reader.Activate(), c.levels);
+    EXPECT_EQ(chip.field().cards()[0]->identifier().Text(), c.uid);
+  }
+}
+
+TEST(CardIdentifier, WrongTextsAreRefusedWithAReason) {
+  struct Case {
+    const char* text;
+    const char* reason;
+  };
+  for (const Case& c : {
+           Case{"", "has 0 digits"},
+           Case{"0102030", "has 7 digits"},
+           Case{"010203040", "has 9 digits"},
+           Case{"0102030405060708090A0B", "has 22 digits"},
+           Case{"0102030G", "hexadecimal"},
+           Case{" 1020304", "hexadecimal"},
+           Case{"88020304", "cascade tag"},
+           Case{"01020388050607", "cascade tag"},
+       }) {
+    std::string error;
+    EXPECT_FALSE(CardIdentifier::Parse(c.text, error)) << c.text;
+    EXPECT_NE(error.find(c.reason), std::string::npos) << error;
+  }
+}
+
+}  // namespace
+}  // namespace vt63x

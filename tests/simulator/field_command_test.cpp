@@ -1,0 +1,72 @@
+#include "simulator/field_command.h"
+
+#include <gtest/gtest.h>
+
+#include "test_reader.h"
+
+namespace vt63x {
+namespace {
+
+TEST(FieldCommand, CardsComeAndGo) {
+  Chip chip;
+  TestReader reader(chip);
+  Field& field = chip.field();
+  EXPECT_TRUE(reader.Request().timeout);
+  EXPECT_EQ(RunFieldCommand(field, "card add 01020304"), "ok\n");
+  EXPECT_EQ(RunFieldCommand(field, "  card add\t01020304050607:plain \r"), "ok\n");
+  ASSERT_EQ(reader.Activate(), Bytes({1, 2, 3, 4}));  // 1 wins over 0 in the first bit
+  EXPECT_EQ(RunFieldCommand(field, "field list"),
+            "01020304 ostrel64 active\n01020304050607 plain idle\nok\n");
+  EXPECT_EQ(RunFieldCommand(field, "card remove 01020304"), "ok\n");
+  EXPECT_TRUE(reader.Transceive({0x30, 0x00}).timeout);
+  EXPECT_EQ(reader.Activate(), Bytes({0x88, 1, 2, 3, 4, 5, 6, 7}));
+  EXPECT_EQ(RunFieldCommand(field, "card remove 01020304050607"), "ok\n");
+  EXPECT_EQ(RunFieldCommand(field, "field list"), "ok\n");
+  EXPECT_TRUE(reader.Request().timeout);
+}
+
+TEST(FieldCommand, FaultsAreSetAndTakenBack) {
+  Chip chip;
+  TestReader reader(chip);
+  chip.field().Add(CardNamed("01020304"));
+  EXPECT_EQ(RunFieldCommand(chip.field(), "air lost@1+1"), "ok\n");
+  EXPECT_TRUE(reader.Request().timeout);
+  reader.Request();  // back to idle
+  EXPECT_EQ(RunFieldCommand(chip.field(), "air short"), "ok\n");
+  EXPECT_EQ(reader.Request().bytes, Bytes({0x04}));
+  reader.Request();
+  EXPECT_EQ(RunFieldCommand(chip.field(), "air none"), "ok\n");
+  EXPECT_TRUE(reader.Request().Is({0x04, 0x00}));
+}
+
+TEST(FieldCommand, WrongLinesAreRefusedAndChangeNothing) {
+  Field field;
+  field.Add(CardNamed("01020304"));
+  struct Case {
+    const char* line;
+    const char* reason;
+  };
+  for (const Case& c : {
+           Case{"help", "unknown command; known are 'card add'"},
+           Case{"card", "unknown command"},
+           Case{"card addition", "unknown command"},
+           Case{"card add", "has 0 digits"},
+           Case{"card add 01020304", "already"},
+           Case{"card add 0102", "has 4 digits"},
+           Case{"card add 05060708=/no/such/folder/file", "cannot be written"},
+           Case{"card remove 05060708", "not in the field"},
+           Case{"card remove", "has 0 digits"},
+           Case{"field list all", "nothing goes behind"},
+           Case{"air", "unknown fault"},
+           Case{"air crc@x", "first answer"},
+       }) {
+    const std::string reply = RunFieldCommand(field, c.line);
+    EXPECT_TRUE(reply.starts_with("error: ") && reply.ends_with("\n")) << reply;
+    EXPECT_NE(reply.find(c.reason), std::string::npos) << reply;
+    EXPECT_EQ(field.cards().size(), 1u);
+  }
+  EXPECT_EQ(RunFieldCommand(field, "  "), "");
+}
+
+}  // namespace
+}  // namespace vt63x

@@ -1,0 +1,285 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "simulator/pty_server.h"
+#include "simulator/unique_fd.h"
+
+namespace vt63x {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::seconds kGenerous{20};
+
+// True as soon as `condition` holds.
+template <typename Condition>
+bool Eventually(Condition condition) {
+  const auto deadline = Clock::now() + kGenerous;
+  while (!condition()) {
+    if (Clock::now() > deadline) return false;
+    std::this_thread::yield();
+  }
+  return true;
+}
+
+// A program with the line open, which relies on the settings it finds.
+class Client {
+ public:
+  explicit Client(const std::string& path) : fd_(::open(path.c_str(), O_RDWR | O_NOCTTY)) {}
+
+  bool is_open() const { return static_cast<bool>(fd_); }
+
+  void SetRate(speed_t speed) {
+    termios settings;
+    ASSERT_EQ(::tcgetattr(fd_.get(), &settings), 0);
+    ::cfsetspeed(&settings, speed);
+    ASSERT_EQ(::tcsetattr(fd_.get(), TCSANOW, &settings), 0);
+  }
+  void Send(const Bytes& bytes) {
+    ASSERT_EQ(::write(fd_.get(), bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+  }
+  // Exactly `count` bytes, fewer when the line goes away or nothing comes.
+  Bytes Receive(std::size_t count) {
+    Bytes bytes;
+    while (bytes.size() < count) {
+      pollfd polled{fd_.get(), POLLIN, 0};
+      std::uint8_t byte = 0;
+      if (::poll(&polled, 1, static_cast<int>(std::chrono::milliseconds(kGenerous).count())) <= 0 ||
+          ::read(fd_.get(), &byte, 1) != 1) {
+        break;
+      }
+      bytes.push_back(byte);
+    }
+    return bytes;
+  }
+  // How many bytes have arrived.
+  int Waiting() const {
+    int count = -1;
+    ::ioctl(fd_.get(), FIONREAD, &count);
+    return count;
+  }
+  Bytes Ask(const Bytes& bytes, std::size_t count) {
+    Send(bytes);
+    return Receive(count);
+  }
+
+ private:
+  UniqueFd fd_;
+};
+
+PtyServer::Options WithFault(const std::string& text, bool pace = false) {
+  std::string error;
+  const auto fault = ParseFault(text, error);
+  EXPECT_TRUE(fault) << error;
+  PtyServer::Options options;
+  options.pace = pace;
+  if (fault) options.faults.push_back(*fault);
+  return options;
+}
+
+TEST(PtyLine, EveryByteCrossesTheLineUnchanged) {
+  PtyServer server;
+  ASSERT_EQ(server.error(), "");
+  Client client(server.path());
+  for (unsigned value = 0; value < 256; ++value) {
+    const auto data = static_cast<std::uint8_t>(value);
+    ASSERT_EQ(client.Ask({0x15, data, 0x95}, 2), Bytes({0x15, data}));
+  }
+  server.Stop();
+  EXPECT_EQ(server.chip().Read(0x15), 0xFF);
+  EXPECT_EQ(server.end(), PtyLine::End::kStopped);
+}
+
+TEST(PtyLine, EchoOfASpeedChangeArrivesAtTheOldRateAndTheNextAnswerAtTheNew) {
+  PtyServer server;
+  Client client(server.path());
+  EXPECT_EQ(client.Ask({0x1F, 0x79}, 1), Bytes({0x1F}));
+  client.SetRate(B115200);
+  EXPECT_EQ(client.Ask({0xB7}, 1), Bytes({0x91}));
+}
+
+// At 57600 bps a byte with bit 2 clear is the chip's start bit and then idle line: a read of 0x7F.
+// Its answer of 0 is nothing but a long start bit to the host.
+TEST(PtyLine, ClientAtAnotherRateIsMisheardAndHearsNothing) {
+  PtyServer server;
+  Client client(server.path());
+  client.SetRate(B57600);
+  client.Send({0x00});
+  ASSERT_TRUE(Eventually([&] { return server.reads() == 1; }));
+  // The answer, had it been heard, would be in the client's buffer before the next one.
+  client.SetRate(B9600);
+  EXPECT_EQ(client.Ask({0xB7}, 1), Bytes({0x91}));
+}
+
+TEST(PtyLine, NextClientFindsNothingOfTheLastOne) {
+  PtyServer server;
+  for (int round = 0; round < 50; ++round) {
+    {
+      Client first(server.path());
+      ASSERT_TRUE(first.is_open());
+      ASSERT_EQ(first.Ask({0xB7, 0xB7}, 1), Bytes({0x91}));
+      ASSERT_TRUE(Eventually([&] { return first.Waiting() == 1; }));
+    }
+    Client second(server.path());
+    ASSERT_TRUE(second.is_open());
+    ASSERT_TRUE(Eventually([&] { return second.Waiting() == 0; }));
+    ASSERT_EQ(second.Ask({0x9F}, 1), Bytes({0xEB})) << round;
+  }
+}
+
+TEST(PtyLine, LateAnswerToAClosedClientIsNotTheNextOnes) {
+  PtyServer server(WithFault("delay=300@1+1"));
+  {
+    Client first(server.path());
+    first.Send({0xB7});
+    ASSERT_TRUE(Eventually([&] { return server.reads() == 1; }));
+  }
+  Client second(server.path());
+  EXPECT_EQ(second.Ask({0x9F}, 1), Bytes({0xEB}));
+}
+
+TEST(PtyLine, AnswersLeftUnreadGoWithTheirClient) {
+  PtyServer server;
+  {
+    Client first(server.path());
+    first.Send({0xB7});
+    ASSERT_TRUE(Eventually([&] { return first.Waiting() == 1; }));
+  }
+  server.Stop();
+  EXPECT_EQ(Client(server.path()).Waiting(), 0);
+}
+
+TEST(PtyLine, LastBytesOfAClosedClientReachTheChipButAreNotAnswered) {
+  Chip chip;
+  ChipSerialPort port(chip);
+  PtyLine line(port, {});
+  std::string error;
+  ASSERT_TRUE(line.Open(error)) << error;
+  Client(line.path()).Send({0x15, 0x0F, 0xB7});
+  line.Stop();
+  EXPECT_EQ(line.Serve(), PtyLine::End::kStopped);
+  EXPECT_EQ(chip.Read(0x15), 0x0F);
+  EXPECT_EQ(port.reads(), 1u);
+  EXPECT_EQ(Client(line.path()).Waiting(), 0);
+}
+
+// Exclusive use binds everybody but the superuser: a child without privileges plays both clients.
+TEST(PtyLine, ExclusiveUseEndsWithTheClientThatAskedForIt) {
+  constexpr uid_t kNobody = 65534;
+  PtyServer server;
+  const std::string& path = server.path();
+  if (::geteuid() == 0) {
+    ASSERT_EQ(::chown(path.c_str(), kNobody, static_cast<gid_t>(-1)), 0);
+  }
+  const pid_t child = ::fork();
+  if (child == 0) {
+    if (::geteuid() == 0 && ::setresuid(kNobody, kNobody, kNobody) != 0) ::_exit(2);
+    const int first = ::open(path.c_str(), O_RDWR | O_NOCTTY);
+    if (first < 0 || ::ioctl(first, TIOCEXCL) != 0) ::_exit(3);
+    if (::open(path.c_str(), O_RDWR | O_NOCTTY) >= 0) ::_exit(4);
+    ::close(first);
+    ::alarm(20);  // ends the child if the device stays busy
+    while (::open(path.c_str(), O_RDWR | O_NOCTTY) < 0) {
+    }
+    ::_exit(0);
+  }
+  int status = 0;
+  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+}
+
+TEST(PtyLine, BurstOfAccessesIsAnsweredInFull) {
+  PtyServer server;
+  Client client(server.path());
+  constexpr std::size_t kReads = 3000;
+  const Bytes answers = client.Ask(Bytes(kReads, 0xB7), kReads);
+  server.Stop();
+  EXPECT_EQ(answers.size(), kReads);
+  EXPECT_EQ(server.reads(), kReads);
+  EXPECT_EQ(server.line().lost_answers(), 0u);
+}
+
+TEST(PtyLine, ClientThatNeverReadsHoldsNothingUp) {
+  PtyServer server;
+  constexpr std::size_t kReads = 400'000;
+  {
+    Client deaf(server.path());
+    const Bytes requests(4000, 0xB7);
+    for (std::size_t sent = 0; sent < kReads; sent += requests.size()) deaf.Send(requests);
+    ASSERT_TRUE(Eventually([&] { return server.reads() == kReads; }));
+  }
+  Client next(server.path());
+  ASSERT_TRUE(Eventually([&] { return next.Waiting() == 0; }));
+  EXPECT_EQ(next.Ask({0x9F}, 1), Bytes({0xEB}));
+  server.Stop();
+  EXPECT_GT(server.line().lost_answers(), 0u);
+}
+
+TEST(PtyLine, SilenceLeavesOutOneAnswerOnly) {
+  PtyServer server(WithFault("silence@1+1"));
+  Client client(server.path());
+  EXPECT_EQ(client.Ask({0xB7, 0x9F}, 1), Bytes({0xEB}));
+  EXPECT_EQ(server.reads(), 2u);
+}
+
+TEST(PtyLine, HangUpEndsTheClientsReadAndTheServing) {
+  PtyServer server(WithFault("hang-up@2"));
+  Client client(server.path());
+  EXPECT_EQ(client.Ask({0xB7}, 1), Bytes({0x91}));
+  EXPECT_EQ(client.Ask({0xB7}, 1), Bytes());
+  server.Stop();
+  EXPECT_EQ(server.end(), PtyLine::End::kHungUp);
+}
+
+TEST(PtyLine, DelayedAnswerIsLateAndHoldsBackTheOneAfterIt) {
+  PtyServer server(WithFault("delay=40@1+1"));
+  Client client(server.path());
+  const auto start = Clock::now();
+  EXPECT_EQ(client.Ask({0xB7, 0x9F}, 2), Bytes({0x91, 0xEB}));
+  EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(40));
+}
+
+TEST(PtyLine, PacedReadTakesTwoByteTimes) {
+  PtyServer server(WithFault("silence@1000", true));
+  Client client(server.path());
+  constexpr int kReads = 20;
+  const auto start = Clock::now();
+  for (int read = 0; read < kReads; ++read) {
+    ASSERT_EQ(client.Ask({0xB7}, 1), Bytes({0x91}));
+  }
+  // The chip's 9631 bps are a little faster than the host's 9600.
+  EXPECT_GE(Clock::now() - start, kReads * std::chrono::microseconds(2 * 10'000'000 / 9631));
+  server.Stop();
+  EXPECT_EQ(server.line().pace_report().answers, std::uint64_t{kReads});
+  EXPECT_GE(server.line().pace_report().total_late, 0);
+}
+
+TEST(PtyLine, LineIsRawBeforeAnybodyOpensIt) {
+  Chip chip;
+  ChipSerialPort port(chip);
+  PtyLine line(port, {});
+  std::string error;
+  ASSERT_TRUE(line.Open(error)) << error;
+  const UniqueFd client(::open(line.path().c_str(), O_RDWR | O_NOCTTY));
+  termios settings;
+  ASSERT_EQ(::tcgetattr(client.get(), &settings), 0);
+  EXPECT_EQ(settings.c_lflag & (ECHO | ICANON | ISIG), 0u);
+  EXPECT_EQ(settings.c_iflag & (ICRNL | IXON), 0u);
+  EXPECT_EQ(settings.c_oflag & OPOST, 0u);
+  EXPECT_EQ(settings.c_cflag & (CSIZE | PARENB | CSTOPB), tcflag_t{CS8});
+}
+
+}  // namespace
+}  // namespace vt63x

@@ -1,0 +1,186 @@
+#ifndef VT63X_TESTS_SIMULATOR_TEST_READER_H
+#define VT63X_TESTS_SIMULATOR_TEST_READER_H
+
+// A small reader that drives the simulated chip by its registers, written for these tests alone.
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdint>
+#include <initializer_list>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "simulator/card_options.h"
+#include "simulator/chip.h"
+
+namespace vt63x {
+
+using Bytes = std::vector<std::uint8_t>;
+using Key = std::array<std::uint8_t, 6>;
+
+struct ReaderAnswer {
+  bool timeout = false;
+  Bytes bytes;
+  unsigned last_bits = 0;
+  std::uint8_t error = 0;
+
+  bool Is(const Bytes& expected) const {
+    return !timeout && error == 0 && last_bits == 0 && bytes == expected;
+  }
+  // A frame of four bits, where a CRC was expected.
+  bool IsNibble(std::uint8_t value) const {
+    return !timeout && error == 0x04 && last_bits == 4 && bytes == Bytes{value};
+  }
+};
+
+class TestReader {
+ public:
+  explicit TestReader(Chip& simulated) : chip(simulated) { SetUp(); }
+
+  // Field on, receiver on, and a timer of about a millisecond that starts by itself.
+  void SetUp() {
+    chip.Write(0x14, 0x83);
+    chip.Write(0x01, 0x00);
+    chip.Write(0x2A, 0x80);
+    chip.Write(0x2B, 0x43);
+    chip.Write(0x2C, 0x00);
+    chip.Write(0x2D, 0x64);
+  }
+
+  void Crc(bool on) {
+    chip.Write(0x12, on ? 0x80 : 0x00);
+    chip.Write(0x13, on ? 0x80 : 0x00);
+  }
+
+  ReaderAnswer Transceive(const Bytes& data, std::uint8_t framing = 0) {
+    chip.Write(0x01, 0x0C);
+    Load(data);
+    chip.Write(0x0D, static_cast<std::uint8_t>(framing | 0x80));
+    return Wait(0x21);
+  }
+
+  // Empties FIFO and requests, then fills the FIFO.
+  void Load(const Bytes& data) {
+    chip.Write(0x04, 0x7F);
+    chip.Write(0x0A, 0x80);
+    for (const std::uint8_t byte : data) chip.Write(0x09, byte);
+  }
+
+  // Until one of the requests is there; with the timer running one of them always is in the end.
+  ReaderAnswer Wait(std::uint8_t requests) {
+    constexpr int kEnough = 100'000;
+    int polls = 0;
+    while ((chip.Read(0x04) & requests) == 0 && polls < kEnough) ++polls;
+    EXPECT_LT(polls, kEnough);
+    ReaderAnswer answer;
+    answer.timeout = (chip.Read(0x04) & 0x01) != 0;
+    const unsigned level = chip.Read(0x0A);
+    answer.last_bits = chip.Read(0x0C) & 0x07U;
+    answer.error = chip.Read(0x06);
+    for (unsigned index = 0; index < level; ++index) answer.bytes.push_back(chip.Read(0x09));
+    return answer;
+  }
+
+  ReaderAnswer Request(std::uint8_t code = 0x26) {
+    chip.Write(0x08, 0x00);
+    Crc(false);
+    chip.Write(0x0E, 0x80);
+    return Transceive({code}, 0x07);
+  }
+
+  // The four bytes of one level, with every collision decided in favour of 1; nothing when no card
+  // answers or the check byte is wrong.
+  std::optional<CardIdentifier::Level> Resolve(std::uint8_t select_code) {
+    Crc(false);
+    chip.Write(0x0E, 0x00);
+    std::vector<bool> known;
+    for (int pass = 0; pass < 40; ++pass) {
+      Bytes frame = {select_code,
+                     static_cast<std::uint8_t>(0x20 + (known.size() / 8) * 16 + known.size() % 8)};
+      const Bytes sent = Pack(known);
+      frame.insert(frame.end(), sent.begin(), sent.end());
+      const auto rest = static_cast<std::uint8_t>(known.size() % 8);
+      const ReaderAnswer answer = Transceive(frame, static_cast<std::uint8_t>(rest << 4 | rest));
+      if (answer.timeout || (answer.error & ~0x08) != 0) return std::nullopt;
+      AppendBits(answer, rest, known);
+      if (answer.error == 0) return Checked(Pack(known));
+    }
+    return std::nullopt;
+  }
+
+  // The SAK.
+  std::optional<std::uint8_t> Select(std::uint8_t select_code, const CardIdentifier::Level& level) {
+    Crc(true);
+    const std::uint8_t check = level[0] ^ level[1] ^ level[2] ^ level[3];
+    const ReaderAnswer answer =
+        Transceive({select_code, 0x70, level[0], level[1], level[2], level[3], check});
+    if (answer.timeout || answer.error != 0 || answer.bytes.size() != 1) return std::nullopt;
+    return answer.bytes[0];
+  }
+
+  // All levels of one card, from the request on: the bytes of its levels one after the other.
+  std::optional<Bytes> Activate(std::uint8_t request = 0x26) {
+    if (Request(request).timeout) return std::nullopt;
+    Bytes levels;
+    for (const std::uint8_t code : std::initializer_list<std::uint8_t>{0x93, 0x95, 0x97}) {
+      const auto level = Resolve(code);
+      if (!level) return std::nullopt;
+      levels.insert(levels.end(), level->begin(), level->end());
+      const auto sak = Select(code, *level);
+      if (!sak) return std::nullopt;
+      if ((*sak & 0x04) == 0) return levels;
+    }
+    return std::nullopt;
+  }
+
+  bool Halt() { return Transceive({0x50, 0x00}).timeout; }
+
+  // Whether the session is on afterwards.
+  bool Authenticate(std::uint8_t command, std::uint8_t block, const Key& key, const Bytes& first) {
+    Bytes data = {command, block};
+    data.insert(data.end(), key.begin(), key.end());
+    data.insert(data.end(), first.begin(), first.begin() + 4);
+    chip.Write(0x01, 0x00);
+    Load(data);
+    chip.Write(0x01, 0x0E);
+    return !Wait(0x11).timeout && (chip.Read(0x08) & 0x08) != 0;
+  }
+
+  Chip& chip;
+
+ private:
+  static Bytes Pack(const std::vector<bool>& bits) {
+    Bytes bytes((bits.size() + 7) / 8);
+    for (std::size_t bit = 0; bit < bits.size(); ++bit) {
+      if (bits[bit]) bytes[bit / 8] = static_cast<std::uint8_t>(bytes[bit / 8] | 1U << bit % 8);
+    }
+    return bytes;
+  }
+
+  static void AppendBits(const ReaderAnswer& answer, std::size_t from, std::vector<bool>& bits) {
+    const std::size_t missing = answer.last_bits == 0 ? 0 : 8 - answer.last_bits;
+    for (std::size_t bit = from; bit + missing < answer.bytes.size() * 8; ++bit) {
+      bits.push_back(((answer.bytes[bit / 8] >> bit % 8) & 1) != 0);
+    }
+  }
+
+  static std::optional<CardIdentifier::Level> Checked(const Bytes& bytes) {
+    if (bytes.size() != 5) return std::nullopt;
+    if ((bytes[0] ^ bytes[1] ^ bytes[2] ^ bytes[3]) != bytes[4]) return std::nullopt;
+    return CardIdentifier::Level{bytes[0], bytes[1], bytes[2], bytes[3]};
+  }
+};
+
+// A card named as in options, which must be right.
+inline std::unique_ptr<Card> CardNamed(const std::string& text) {
+  std::string error;
+  const auto option = ParseCardOption(text, error);
+  return option ? MakeCard(*option, error) : nullptr;
+}
+
+}  // namespace vt63x
+
+#endif

@@ -1,0 +1,86 @@
+#include "simulator/value_block.h"
+
+#include <gtest/gtest.h>
+
+#include "block_card_fixture.h"
+
+namespace vt63x {
+namespace {
+
+class NumberTest : public BlockCardTest {
+ protected:
+  // Block 4 holds the number, with 0x11 for its address; a session is open.
+  void Hold(std::int32_t value) {
+    ASSERT_TRUE(Open(4));
+    const auto block = PackValue({value, 0x11});
+    ASSERT_TRUE(Write(4, {block.begin(), block.end()}));
+  }
+  // Both steps; the answer of the second.
+  ReaderAnswer Step(std::uint8_t command, const Bytes& amount) {
+    EXPECT_TRUE(Send({command, 4}).IsNibble(0xA));
+    return Send(amount);
+  }
+  std::int32_t ValueAt(std::uint8_t block) {
+    const Bytes stored = Stored(block);
+    const auto value = UnpackValue(BlockView(stored.data(), 16));
+    EXPECT_TRUE(value && value->address == 0x11);
+    return value ? value->value : 0;
+  }
+};
+
+TEST_F(NumberTest, ArithmeticIsSilentAndTakesEffectWithTheTransfer) {
+  struct Case {
+    std::int32_t start;
+    std::uint8_t command;
+    Bytes amount;
+    std::int32_t result;
+  };
+  for (const Case& c : {
+           Case{100, 0xC1, {1, 0, 0, 0}, 101},
+           Case{100, 0xC0, {0x00, 0x01, 0, 0}, -156},
+           Case{-5, 0xC2, {9, 9, 9, 9}, -5},
+           Case{0x7FFFFFFE, 0xC1, {1, 0, 0, 0}, 0x7FFFFFFF},
+           Case{-0x7FFFFFFF, 0xC0, {1, 0, 0, 0}, -0x7FFFFFFF - 1},
+           Case{-0x7FFFFFFF - 1, 0xC1, {0xFF, 0xFF, 0xFF, 0xFF}, 0x7FFFFFFF},
+       }) {
+    Hold(c.start);
+    EXPECT_TRUE(Step(c.command, c.amount).timeout);
+    EXPECT_EQ(ValueAt(4), c.start);
+    EXPECT_TRUE(Send({0xB0, 6}).IsNibble(0xA));
+    EXPECT_EQ(ValueAt(6), c.result);
+    EXPECT_EQ(ValueAt(4), c.start);
+  }
+}
+
+TEST_F(NumberTest, ResultThatDoesNotFitIsRefusedAndLoadsNothing) {
+  for (const auto& [start, command] :
+       {std::pair{0x7FFFFFFF, std::uint8_t{0xC1}}, {-0x7FFFFFFF - 1, std::uint8_t{0xC0}}}) {
+    Hold(start);
+    EXPECT_TRUE(Step(command, {1, 0, 0, 0}).IsNibble(0x4));
+    ASSERT_TRUE(Open(4));
+    EXPECT_TRUE(Send({0xB0, 4}).IsNibble(0x4));
+    EXPECT_EQ(ValueAt(4), start);
+  }
+}
+
+TEST_F(NumberTest, LoadedNumberDoesNotOutliveTheSelection) {
+  Hold(100);
+  EXPECT_TRUE(Step(0xC1, {1, 0, 0, 0}).timeout);
+  ASSERT_TRUE(Open(4));
+  EXPECT_TRUE(Send({0xB0, 4}).IsNibble(0x4));
+  EXPECT_EQ(ValueAt(4), 100);
+}
+
+TEST_F(NumberTest, AnyBitThatDisagreesMakesABlockNoNumber) {
+  Hold(0x12345678);
+  const Bytes good = Stored(4);
+  for (unsigned bit = 0; bit < 128; ++bit) {
+    Bytes torn = good;
+    torn[bit / 8] = static_cast<std::uint8_t>(torn[bit / 8] ^ (1U << bit % 8));
+    EXPECT_FALSE(UnpackValue(BlockView(torn.data(), 16))) << bit;
+  }
+  EXPECT_TRUE(UnpackValue(BlockView(good.data(), 16)));
+}
+
+}  // namespace
+}  // namespace vt63x

@@ -1,0 +1,145 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "sim_process.h"
+#include "simulator/unique_fd.h"
+
+namespace vt63x {
+namespace {
+
+// A command that reads register 0x37 once and shows the answer.
+const char* const kReadVersion =
+    "exec 3<>$VT63X_COM1; printf '\\267' >&3; dd bs=1 count=1 <&3 2>/dev/null | od -An -tx1";
+
+TEST(Vt63xSim, PrintsThePathServesItAndEndsOnASignal) {
+  for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
+    Sim sim({});
+    const UniqueFd client(::open(sim.Line().c_str(), O_RDWR | O_NOCTTY));
+    ASSERT_TRUE(client);
+    std::uint8_t byte = 0xB7;
+    ASSERT_EQ(::write(client.get(), &byte, 1), 1);
+    ASSERT_EQ(::read(client.get(), &byte, 1), 1);
+    EXPECT_EQ(byte, 0x91);
+    sim.Signal(number);
+    EXPECT_EQ(sim.Exit(), 0);
+  }
+}
+
+TEST(Vt63xSim, ReturnsWhatTheCommandReturns) {
+  EXPECT_EQ(ExitOf({"--", "sh", "-c", "exit 7"}), 7);
+  EXPECT_EQ(ExitOf({"--", "true"}), 0);
+  EXPECT_EQ(ExitOf({"--", "sh", "-c", "kill -TERM $$"}), 128 + SIGTERM);
+  EXPECT_EQ(ExitOf({"--", "no-such-command-here"}), 127);
+  EXPECT_EQ(ExitOf({"--", "/"}), 126);
+}
+
+TEST(Vt63xSim, WrongOptionsGiveTwo) {
+  for (const Texts& arguments : {
+           Texts{"--unknown"},
+           Texts{"stray"},
+           Texts{"--"},
+           Texts{"--fault"},
+           Texts{"--fault", "nonsense"},
+           Texts{"--register", "40=00"},
+           Texts{"--register", "3F=100"},
+           Texts{"--register", "37"},
+           Texts{"--register", "=1"},
+           Texts{"--register", "37="},
+       }) {
+    EXPECT_EQ(ExitOf(arguments), 2) << arguments.back();
+  }
+}
+
+TEST(Vt63xSim, CommandFindsThePresetChip) {
+  Sim sim({"--register", "37=92", "--register", "0x3F=0xFF", "--", "sh", "-c", kReadVersion});
+  EXPECT_EQ(sim.Rest(), " 92\n");  // and no device path
+  EXPECT_EQ(sim.Exit(), 0);
+}
+
+TEST(Vt63xSim, FaultTakesTheLineAwayFromTheCommand) {
+  Sim sim({"--fault", "silence@2", "--fault", "hang-up", "--", "sh", "-c", kReadVersion});
+  EXPECT_EQ(sim.Rest(), "");
+  sim.Exit();
+}
+
+TEST(Vt63xSim, WithoutCommandEndsWhenTheLineHasHungUp) {
+  Sim sim({"--fault", "hang-up"});
+  const UniqueFd client(::open(sim.Line().c_str(), O_RDWR | O_NOCTTY));
+  const std::uint8_t byte = 0xB7;
+  ASSERT_EQ(::write(client.get(), &byte, 1), 1);
+  EXPECT_EQ(sim.Exit(), 0);
+}
+
+TEST(Vt63xSim, SignalReachesTheCommandWhoseExitCodeCounts) {
+  Sim sim({"--", "sh", "-c", "trap 'exit 9' TERM; echo ready; while :; do sleep 0.02; done"});
+  ASSERT_EQ(sim.Line(), "ready");
+  sim.Signal(SIGTERM);
+  EXPECT_EQ(sim.Exit(), 9);
+}
+
+TEST(Vt63xSim, InterruptAtTheTerminalIsTheCommandsBusiness) {
+  Sim sim({"--", "sh", "-c", "trap 'exit 5' INT; echo ready; while :; do sleep 0.02; done"}, true);
+  ASSERT_EQ(sim.Line(), "ready");
+  sim.Type('\x03');
+  EXPECT_EQ(sim.Exit(), 5);
+}
+
+// The command holds the test's pipe open for as long as it lives.
+TEST(Vt63xSim, CommandDoesNotOutliveAKilledSimulator) {
+  Sim sim({"--", "sh", "-c", "echo ready; exec sleep 1000"});
+  ASSERT_EQ(sim.Line(), "ready");
+  sim.Signal(SIGKILL);
+  EXPECT_EQ(sim.Rest(), "");
+  EXPECT_EQ(sim.Exit(), -SIGKILL);
+}
+
+class Vt63xSimFiles : public testing::Test {
+ protected:
+  Vt63xSimFiles() { std::filesystem::create_directories(folder); }
+  ~Vt63xSimFiles() override { std::filesystem::remove_all(folder); }
+
+  const std::filesystem::path folder =
+      std::filesystem::path(testing::TempDir()) / ("vt63x-sim-" + std::to_string(::getpid()));
+};
+
+TEST_F(Vt63xSimFiles, LinkLeadsToTheDeviceAndGoesWithIt) {
+  const std::string link = folder / "reader";
+  std::filesystem::create_symlink("nowhere", link);  // left by an earlier run
+  Sim sim({"--link", link, "--", "sh", "-c", "readlink $0; echo $VT63X_COM1", link});
+  const std::string target = sim.Line();
+  EXPECT_NE(target, "");
+  EXPECT_EQ(target, sim.Line());
+  EXPECT_EQ(sim.Exit(), 0);
+  EXPECT_FALSE(std::filesystem::is_symlink(link));
+}
+
+TEST_F(Vt63xSimFiles, FileInTheLinksPlaceIsLeftAlone) {
+  const std::string file = folder / "precious";
+  std::ofstream(file) << "text";
+  EXPECT_EQ(ExitOf({"--link", file, "--", "true"}), 3);
+  EXPECT_EQ(std::filesystem::file_size(file), 4u);
+}
+
+TEST_F(Vt63xSimFiles, TraceHasOneLineForEachAccess) {
+  const std::string trace = folder / "trace";
+  const char* const script =
+      R"(exec 3<>$VT63X_COM1; printf '\001\017\267' >&3; dd bs=1 count=2 <&3 >/dev/null 2>&1)";
+  EXPECT_EQ(ExitOf({"--trace", trace, "--fault", "wrong-echo", "--", "sh", "-c", script}), 0);
+  std::stringstream text;
+  text << std::ifstream(trace).rdbuf();
+  EXPECT_TRUE(std::regex_match(text.str(), std::regex("\\d+ W 01 0F -> 00\n\\d+ R 37 91 -> 91\n")))
+      << text.str();
+  EXPECT_EQ(ExitOf({"--trace", folder / "missing" / "trace", "--", "true"}), 3);
+}
+
+}  // namespace
+}  // namespace vt63x
