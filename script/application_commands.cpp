@@ -50,15 +50,15 @@ bool IsHostBitRate(std::int32_t bit_rate) {
 int RunChb(CommandCall& call) {
   LineParser& parser = call.parser;
   const std::int32_t bit_rate = TakeDecimal(call);
+  char baudrate_text[12];
+  std::snprintf(baudrate_text, sizeof baudrate_text, "%d", bit_rate);
   parser.IOE = IsHostBitRate(bit_rate) ? 0 : 1;
   if (parser.IOE != 0) {
     LogLine(parser, "//%s: Error: Unsupported Baudrate - %d", "CHB", bit_rate);
-    ReportFault(parser, ScriptFaultKind::kBadBitRate, parser.msg);
+    ReportFault(parser, ScriptFaultKind::kBadBitRate, baudrate_text);
     return LINE_OK;
   }
   LogLine(parser, "%s %7d     // Baudrate = %d", "CHB", bit_rate, bit_rate);
-  char baudrate_text[12];
-  std::snprintf(baudrate_text, sizeof baudrate_text, "%d", bit_rate);
   MainView* const view = parser.action->app_state->view;
   if (view != nullptr) view->ShowBitRate(baudrate_text);
   SetPortBitRate(parser.action, static_cast<DWORD>(bit_rate));

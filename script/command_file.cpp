@@ -1,5 +1,6 @@
 #include "script/command_file.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
@@ -11,9 +12,9 @@ namespace {
 
 constexpr char kEndOfText = 0x1A;
 
-// Line ends as LF, text up to the first Ctrl-Z.
-std::string AsText(std::string_view content) {
-  std::string text(content.substr(0, content.find(kEndOfText)));
+// Every line end as LF.
+std::string WithLineFeeds(std::string_view content) {
+  std::string text(content);
   std::size_t kept = 0;
   for (std::size_t i = 0; i < text.size(); ++i) {
     if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') continue;
@@ -51,8 +52,12 @@ std::string_view LabelAt(const char* text) {
 }  // namespace
 
 CommandFile::CommandFile(std::string_view content) {
-  const std::string text = AsText(content);
-  text_.reserve(text.size() + text.size() / LONGEST_LINE + 1);
+  const std::string_view kept = content.substr(0, content.find(kEndOfText));
+  const std::string text = WithLineFeeds(kept);
+  const auto line_ends = std::count(text.begin(), text.end(), '\n');
+  const std::size_t pieces = static_cast<std::size_t>(line_ends) + text.size() / LONGEST_LINE + 1;
+  text_.reserve(text.size() + pieces);
+  lines_.reserve(pieces);
   std::string_view rest = text;
   std::uint32_t file_line = 1;
   bool continued = false;
@@ -65,6 +70,7 @@ CommandFile::CommandFile(std::string_view content) {
     continued = piece.back() != '\n';
     if (!continued) ++file_line;
   }
+  if (content.size() > kept.size() + 1) cut_line_ = file_line;
   ResolveJumps();
 }
 

@@ -20,7 +20,7 @@ namespace vt63x {
 inline constexpr std::size_t LONGEST_LINE = 199;
 
 // The largest command file, in bytes: a device that never ends must not fill the memory.
-inline constexpr std::size_t LARGEST_COMMAND_FILE = 256U * 1024 * 1024;
+inline constexpr std::size_t LARGEST_COMMAND_FILE = 64 * 1024 * std::size_t{1024};
 
 struct DuplicateLabel {
   std::string_view name;
@@ -33,6 +33,9 @@ class CommandFile {
   // Decodes `content` and finds the label of every jump; the first label of a name counts.
   explicit CommandFile(std::string_view content);
 
+  CommandFile(const CommandFile&) = delete;
+  CommandFile& operator=(const CommandFile&) = delete;
+
   std::size_t size() const { return lines_.size(); }
   const DecodedLine& line(std::size_t index) const { return lines_[index]; }
   // The line's text behind its command and cell operands, folded to capitals.
@@ -41,6 +44,8 @@ class CommandFile {
   // What a check of the file reports, by place in the file. Views into this object.
   const std::vector<DuplicateLabel>& duplicate_labels() const { return duplicate_labels_; }
   const std::vector<std::uint32_t>& long_lines() const { return long_lines_; }
+  // The line with a Ctrl-Z behind which there is more; 0 for none.
+  std::uint32_t cut_line() const { return cut_line_; }
 
  private:
   void AddPiece(std::string_view piece, std::uint32_t file_line);
@@ -50,6 +55,7 @@ class CommandFile {
   std::vector<DecodedLine> lines_;
   std::vector<DuplicateLabel> duplicate_labels_;
   std::vector<std::uint32_t> long_lines_;
+  std::uint32_t cut_line_ = 0;
 };
 
 // Reads the bytes of a file. 0, or the errno value of what went wrong (EISDIR for a directory,

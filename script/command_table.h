@@ -5,6 +5,7 @@
 // register or a number in hexadecimal), and their handlers.
 
 #include <cstdint>
+#include <string>
 
 #include "script/decoded_line.h"
 #include "script/line_parser.h"
@@ -59,6 +60,9 @@ int RunSav(CommandCall& call);
 
 // The bit rates that CHB accepts.
 bool IsHostBitRate(std::int32_t bit_rate);
+
+// The text of a fault that says which operand of a command is bad; `position` counts from 1.
+std::string BadOperandText(const Command& command, int position);
 
 // Tells the view, if there is one, what did not do its work.
 void ReportFault(const LineParser& parser, ScriptFaultKind kind, const char* text);

@@ -39,7 +39,7 @@ int ExecuteDecoded(LineParser& parser, const DecodedLine& line, const char* text
   for (int index = command.cell_operands; index-- > 0;) {
     call.operand[index] = &ResolveOperand(parser, line.operand[index], index + 1);
     if (line.operand[index].kind == Operand::Kind::kBad) {
-      ReportFault(parser, ScriptFaultKind::kBadOperand, command.word);
+      ReportFault(parser, ScriptFaultKind::kBadOperand, BadOperandText(command, index + 1).c_str());
     }
   }
   ++parser.totals.lines;
@@ -66,6 +66,10 @@ int ExecuteLine(LineParser& parser, char* line) {
     parser.searching = 1;
   }
   return result;
+}
+
+std::string BadOperandText(const Command& command, int position) {
+  return std::string(command.word) + ": operand " + std::to_string(position);
 }
 
 void ReportFault(const LineParser& parser, ScriptFaultKind kind, const char* text) {

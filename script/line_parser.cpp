@@ -92,7 +92,8 @@ Operand ParseOperand(const char* token) {
       return {Operand::Kind::kRegister, static_cast<std::uint8_t>(index)};
     }
   }
-  const bool prefixed = token[0] == '0' && token[1] == 'X' && DigitValue(token[2]) < 16;
+  const bool prefixed =
+      token[0] == '0' && (token[1] == 'X' || token[1] == 'x') && DigitValue(token[2]) < 16;
   int digits = 0;
   const std::int32_t value = ParseNumber(prefixed ? token + 2 : token, 16, digits);
   if (digits == 0) return {};

@@ -12,22 +12,22 @@
 namespace vt63x {
 namespace {
 
-// Memory may run out on a large file; no exception leaves the runner's thread.
-bool Load(const char* path, std::unique_ptr<CommandFile>& file) try {
+std::unique_ptr<CommandFile> Load(const char* path) {
   std::string content;
-  if (ReadWholeFile(path, content) != 0) return false;
-  file = std::make_unique<CommandFile>(content);
-  return true;
-} catch (const std::exception&) {
-  return false;
+  if (ReadWholeFile(path, content) != 0) return nullptr;
+  return std::make_unique<CommandFile>(content);
 }
 
-ScriptEnd RunFile(LineParser& parser) {
+// Memory may run out; no exception leaves the runner's thread.
+ScriptEnd RunFile(LineParser& parser) try {
   const AppState& state = *parser.action->app_state;
   log_append(parser.action, "Processing ", 0);
   log_append(parser.action, state.wcf_path, 1);
-  std::unique_ptr<CommandFile> file;
-  if (Load(state.wcf_path, file)) return RunLines(parser, *file);
+  const std::unique_ptr<CommandFile> file = Load(state.wcf_path);
+  if (file != nullptr) return RunLines(parser, *file);
+  log_append(parser.action, "Error. Could not read file.", 1);
+  return ScriptEnd::kUnreadable;
+} catch (const std::exception&) {
   log_append(parser.action, "Error. Could not read file.", 1);
   return ScriptEnd::kUnreadable;
 }

@@ -93,7 +93,7 @@ struct AppState {
   std::atomic<std::int32_t> resume_line = 0;
   component_pointers component_ptrs;
 
-  // Length of the text in log_buf, so that an append need not walk over it; see log.cpp.
+  // Length of the text in log_buf, so that an append need not walk over it; guarded by log_lock.
   std::size_t log_length = 0;
 
   // The program's two locks. Neither is held across a call that may wait for the main thread.
@@ -107,9 +107,9 @@ struct AppState {
 // the place and the kind for whoever counts.
 enum class ScriptFaultKind {
   kUnknownCommand,    // text: the command word
-  kBadOperand,        // text: the operand
+  kBadOperand,        // text: the command word and the operand's number, from 1
   kBadBitRate,        // text: the bit rate
-  kJumpWithoutLabel,  // text: the command word
+  kJumpWithoutLabel,  // text: empty
   kNoSuchLabel,       // text: the label
   kDifference,        // text: the log line; RE or RF found a difference
   kAccessFailed,      // text: the log line; a chip access returned a status other than 0

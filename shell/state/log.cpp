@@ -14,8 +14,8 @@ namespace {
 constexpr std::size_t kClearAt = 99'997;
 constexpr std::size_t kLongestText = LOG_CAPACITY - sizeof "\r\n";
 
-// log_length is trusted only where the text confirms it: someone may have put a text into log_buf
-// by hand.
+// log_length saves the walk over the text. A text that was put into log_buf by hand is followed
+// when it is empty or longer than the log was; whoever makes the log shorter sets log_length.
 std::size_t TextLength(const AppState& state) {
   const char* const text = state.log_buf;
   const std::size_t length = state.log_length;

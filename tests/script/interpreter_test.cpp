@@ -210,6 +210,8 @@ TEST_F(InterpreterTest, FaultsNameKindAndText) {
                                 ScriptFaultKind::kBadBitRate, ScriptFaultKind::kJumpWithoutLabel,
                                 ScriptFaultKind::kDifference, ScriptFaultKind::kAccessFailed}));
   EXPECT_EQ(program.view.faults[0].text, "FOO");
+  EXPECT_EQ(program.view.faults[1].text, "GR: operand 1");
+  EXPECT_EQ(program.view.faults[2].text, "4800");
   EXPECT_EQ(parser.totals.comparisons, 1u);
   EXPECT_EQ(parser.totals.differences, 1u);
   EXPECT_EQ(parser.totals.accesses, 2u);

@@ -80,9 +80,9 @@ TEST_F(OperandTest, NumbersAreHexadecimalAndKeepTheirLowByte) {
     int value;
   };
   for (const Case& c : {Case{"5A", 0x5A}, Case{"1FF", 0xFF}, Case{"ABC", 0xBC}, Case{"0X2A", 0x2A},
-                        Case{"1G", 0x01}, Case{"0XG", 0x00}, Case{"0X", 0x00}, Case{"0", 0x00},
-                        Case{"7FFFFF12", 0x12}, Case{"7FFFFFFF", 0xFF}, Case{"80000000", 0xFF},
-                        Case{"FFFFFF00", 0xFF}, Case{"100000000", 0xFF},
+                        Case{"0x2a", 0x2A}, Case{"1G", 0x01}, Case{"0XG", 0x00}, Case{"0X", 0x00},
+                        Case{"0", 0x00}, Case{"7FFFFF12", 0x12}, Case{"7FFFFFFF", 0xFF},
+                        Case{"80000000", 0xFF}, Case{"FFFFFF00", 0xFF}, Case{"100000000", 0xFF},
                         Case{"0000000000000000000000000000012", 0x12}}) {
     for (int position = 1; position <= 3; ++position) {
       std::uint8_t& cell = ResolveOperand(parser, c.token, position);

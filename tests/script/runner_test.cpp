@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <future>
 #include <string>
 #include <thread>
 
@@ -134,10 +135,15 @@ TEST_F(RunnerTest, BreakOnTheLastLineLeavesNoMessage) {
 }
 
 TEST_F(RunnerTest, EndlessLoopIsBrokenOffFromAnotherThread) {
-  path = directory.Write("test.wcf", "::: TOP\nJMP TOP\n");
+  path = directory.Write("test.wcf", "//> runs\n::: TOP\nJMP TOP\n");
   std::snprintf(program.state.wcf_path, sizeof program.state.wcf_path, "%s", path.c_str());
+  std::promise<void> loop_is_near;
+  program.view.on_log = [&](std::string_view text) {
+    if (text == "//< runs") loop_is_near.set_value();
+  };
   program.state.script_running = 1;
   std::thread runner([&] { RunCommandFile(&program.action); });
+  loop_is_near.get_future().wait();
   program.state.script_running = 0;
   runner.join();
   EXPECT_EQ(program.view.end, ScriptEnd::kUserBreak);

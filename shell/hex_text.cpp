@@ -1,0 +1,45 @@
+#include "shell/hex_text.h"
+
+#include <cstdlib>
+#include <cstring>
+
+namespace vt63x {
+namespace {
+
+constexpr char kDigits[] = "0123456789ABCDEF";
+
+}  // namespace
+
+std::uint8_t HexTextToByte(char* text, std::uint8_t* error) {
+  for (char* c = text; *c != '\0'; ++c) {
+    if (*c >= '0' && *c <= 'F') continue;
+    *c = '0';
+    *error = 1;
+  }
+  const unsigned long value = std::strtoul(text, nullptr, 16);
+  if (value > 0xFF) *error = 1;
+  const auto byte = static_cast<std::uint8_t>(value & 0xFF);
+  BytesToHexText(text, &byte, 1);
+  return byte;
+}
+
+void ByteToBinaryText(std::uint8_t byte, char* text) {
+  for (int bit = 7; bit >= 0; --bit) *text++ = ((byte >> bit) & 1) != 0 ? '1' : '0';
+  *text = '\0';
+}
+
+std::uint8_t HexPairToByte(const char* text) {
+  char pair[3] = {};
+  std::memcpy(pair, text, strnlen(text, 2));
+  return static_cast<std::uint8_t>(std::strtol(pair, nullptr, 16) & 0xFF);
+}
+
+void BytesToHexText(char* text, const std::uint8_t* bytes, int count) {
+  for (int i = 0; i < count; ++i) {
+    *text++ = kDigits[bytes[i] >> 4];
+    *text++ = kDigits[bytes[i] & 0x0F];
+  }
+  *text = '\0';
+}
+
+}  // namespace vt63x

@@ -1,0 +1,15 @@
+#ifndef VT63X_SHELL_REGISTER_DUMP_H
+#define VT63X_SHELL_REGISTER_DUMP_H
+
+#include "shell/state/app_state.h"
+
+namespace vt63x {
+
+// Logs the chip's 64 registers as four rows of sixteen, the FIFO data register as "xx": reading it
+// would take a byte out. Writes 0x00 to registers 0x37 and 0x00 first; a failure of the second is
+// logged. A read that fails ends the dump without its row and without a message.
+void DumpRegisters(const action_param* action);
+
+}  // namespace vt63x
+
+#endif

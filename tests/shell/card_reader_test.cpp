@@ -1,0 +1,280 @@
+#include "shell/card_reader.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "shell/component_stack.h"
+#include "shell/hex_text.h"
+#include "simulator/card_options.h"
+#include "simulator/chip.h"
+#include "simulator/simulated_bus.h"
+#include "tests/support/program_state.h"
+
+namespace vt63x {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+// A reader on a simulated chip with cards in its field.
+class CardReaderTest : public testing::Test {
+ protected:
+  Card* Add(const std::string& text) {
+    std::string error;
+    const auto option = ParseCardOption(text, error);
+    EXPECT_TRUE(option.has_value()) << text << ": " << error;
+    return chip.field().Add(MakeCard(*option, error));
+  }
+  void SetAirFault(const char* text) {
+    std::string error;
+    chip.field().faults().Clear();
+    chip.field().faults().Set(ParseAirFault(text, error).value());
+  }
+
+  std::string Identifier() const {
+    std::uint8_t identifier[10];
+    const int count = IdentifierBytes(reader.uid, reader.bit_count, identifier);
+    char text[21];
+    BytesToHexText(text, identifier, count);
+    return text;
+  }
+
+  // Every card that a scan finds, sorted; ends at the first silence.
+  Texts Scan() {
+    Texts found;
+    while (found.size() <= Field::kMaxCards) {
+      const HFLSTATUS request = reader.Request(REQUEST_REQA);
+      if (request != HFL_SUCCESS && request != HFL_COLLISION) break;
+      const HFLSTATUS select = reader.AnticollisionSelect();
+      EXPECT_EQ(select, HFL_SUCCESS);
+      if (select != HFL_SUCCESS) break;
+      found.push_back(Identifier());
+      EXPECT_EQ(reader.Halt(), HFL_SUCCESS);
+    }
+    std::sort(found.begin(), found.end());
+    return found;
+  }
+
+  bool Select() {
+    return reader.Request(REQUEST_WUPA) == HFL_SUCCESS &&
+           reader.AnticollisionSelect() == HFL_SUCCESS;
+  }
+  bool SelectAndAuthenticate(std::uint8_t block) {
+    reader.block = block;
+    return Select() && reader.Authenticate(0x60, kKey) == HFL_SUCCESS;
+  }
+
+  static constexpr std::uint8_t kKey[6] = {0x3C, 0x9A, 0x5E, 0x71, 0xB2, 0xD4};
+
+  ProgramState program;
+  Chip chip;
+  SimulatedBus bus{chip};
+  ComponentStack stack{program.state, &bus};
+  Texts lines;
+  std::vector<HFLSTATUS> set_up_failures;
+  CardReader reader{&program.action,
+                    {[this](const char* line) { lines.push_back(line); },
+                     [this](HFLSTATUS status) { set_up_failures.push_back(status); }}};
+};
+
+TEST(IdentifierBytesTest, CascadeTagsAreLeftOut) {
+  const std::uint8_t uid[12] = {0x88, 1, 2, 3, 0x88, 4, 5, 6, 7, 8, 9, 10};
+  std::uint8_t identifier[10] = {};
+  struct Case {
+    std::uint8_t bit_count;
+    std::vector<std::uint8_t> bytes;
+  };
+  for (const Case& c :
+       {Case{32, {0x88, 1, 2, 3}}, Case{64, {1, 2, 3, 0x88, 4, 5, 6}},
+        Case{96, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10}}, Case{0, {}}, Case{40, {}}, Case{128, {}}}) {
+    const int count = IdentifierBytes(uid, c.bit_count, identifier);
+    EXPECT_EQ(std::vector<std::uint8_t>(identifier, identifier + count), c.bytes);
+  }
+}
+
+TEST_F(CardReaderTest, EachOperationGivesItsLine) {
+  Add("5A3C1E78");
+  ASSERT_EQ(reader.SetUp(), HFL_SUCCESS);
+  EXPECT_TRUE(lines.empty());
+  const std::uint8_t data[16] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+  std::uint8_t read[16];
+  ASSERT_TRUE(SelectAndAuthenticate(5));
+  EXPECT_EQ(reader.Write(data), HFL_SUCCESS);
+  EXPECT_EQ(reader.Read(read), HFL_SUCCESS);
+  EXPECT_EQ(reader.Halt(), HFL_SUCCESS);
+  EXPECT_EQ(reader.Request(REQUEST_REQA), HFL_NO_ANSWER);
+  EXPECT_EQ(lines, (Texts{"Request(0x52, 0x0400) --> Status: 0x0000",
+                          "Anticollision/Select(0x93, 0x08, 0x5A3C1E78) --> Status: 0x0000",
+                          "Authentication KeyA(0x05, 0x3C9A5E71B2D4) --> Status: 0x0000",
+                          "Write(0x05, 0x000102030405060708090A0B0C0D0E0F) --> Status: 0x0000",
+                          "Read(0x05, 0x000102030405060708090A0B0C0D0E0F) --> Status: 0x0000",
+                          "Halt(0x50, 0x00) --> Status: 0x0000",
+                          "Request(0x26, 0x0000) --> Status: 0x0001"}));
+}
+
+TEST_F(CardReaderTest, PageAndValueOperationsGiveTheirLines) {
+  Add("04112233445566:ostrel-page");
+  ASSERT_EQ(reader.SetUp(), HFL_SUCCESS);
+  ASSERT_TRUE(Select());
+  const std::uint8_t page[4] = {0xDE, 0xAD, 0xBE, 0xEF};
+  reader.block = 8;
+  EXPECT_EQ(reader.WritePage(page), HFL_SUCCESS);
+  EXPECT_EQ(lines.back(), "WritePG(0x08, 0xDEADBEEF) --> Status: 0x0000");
+  EXPECT_EQ(lines[1], "Anticollision/Select(0x93, 0x00, 0x04112233445566) --> Status: 0x0000");
+}
+
+TEST_F(CardReaderTest, ValueBlocksCountAndKeepTheirResultAfterATransfer) {
+  Add("5A3C1E78");
+  ASSERT_EQ(reader.SetUp(), HFL_SUCCESS);
+  ASSERT_TRUE(SelectAndAuthenticate(5));
+  // 1000, its complement, 1000 again, and the address 5 four times.
+  const std::uint8_t value[16] = {0xE8, 3, 0, 0, 0x17, 0xFC, 0xFF, 0xFF,
+                                  0xE8, 3, 0, 0, 5,    0xFA, 5,    0xFA};
+  std::uint8_t read[16];
+  ASSERT_EQ(reader.Write(value), HFL_SUCCESS);
+  EXPECT_EQ(reader.Value(0xC1, 25), HFL_SUCCESS);
+  EXPECT_EQ(lines.back(), "Increment(0x05, 25) --> Status: 0x0000");
+  ASSERT_EQ(reader.Read(read), HFL_SUCCESS);
+  EXPECT_EQ(read[0], 0xE8) << "not before the transfer";
+  ASSERT_EQ(reader.Value(0xC1, 25), HFL_SUCCESS);
+  EXPECT_EQ(reader.Value(0xB0, 0), HFL_SUCCESS);
+  EXPECT_EQ(lines.back(), "Transfer(0x05) --> Status: 0x0000");
+  ASSERT_EQ(reader.Value(0xC0, 1024), HFL_SUCCESS);
+  ASSERT_EQ(reader.Value(0xB0, 0), HFL_SUCCESS);
+  ASSERT_EQ(reader.Value(0xC2, 0), HFL_SUCCESS);
+  reader.block = 6;
+  ASSERT_EQ(reader.Value(0xB0, 0), HFL_SUCCESS);
+  ASSERT_EQ(reader.Read(read), HFL_SUCCESS);
+  EXPECT_EQ(std::vector<std::uint8_t>(read, read + 8),
+            (std::vector<std::uint8_t>{1, 0, 0, 0, 0xFE, 0xFF, 0xFF, 0xFF}));
+}
+
+TEST_F(CardReaderTest, CardsThatDifferInOneBitAreToldApart) {
+  ASSERT_EQ(reader.SetUp(), HFL_SUCCESS);
+  for (int bit = 0; bit < 32; ++bit) {
+    const auto with_bit = [bit](unsigned base) {
+      char text[9];
+      const std::uint8_t bytes[4] = {
+          static_cast<std::uint8_t>(base ^ (bit / 8 == 0 ? 1U << (bit % 8) : 0U)),
+          static_cast<std::uint8_t>(bit / 8 == 1 ? 1U << (bit % 8) : 0U),
+          static_cast<std::uint8_t>(bit / 8 == 2 ? 1U << (bit % 8) : 0U),
+          static_cast<std::uint8_t>(bit / 8 == 3 ? 1U << (bit % 8) : 0U)};
+      BytesToHexText(text, bytes, 4);
+      return std::string(text);
+    };
+    Texts expected = {"35000000", with_bit(0x35)};
+    for (const std::string& text : expected) Add(text);
+    std::sort(expected.begin(), expected.end());
+    EXPECT_EQ(Scan(), expected) << "bit " << bit;
+    while (!chip.field().cards().empty()) {
+      chip.field().Remove(chip.field().cards().front()->identifier());
+    }
+  }
+}
+
+TEST_F(CardReaderTest, RandomFieldsAreFullyEnumerated) {
+  std::mt19937 random(20260514);
+  ASSERT_EQ(reader.SetUp(), HFL_SUCCESS);
+  for (int round = 0; round < 150; ++round) {
+    Texts expected;
+    // Few different bytes make for many long common beginnings.
+    const unsigned alphabet = round % 3 == 0 ? 256 : 3;
+    const unsigned count = 1 + random() % 8;
+    while (expected.size() < count) {
+      std::uint8_t bytes[10];
+      for (std::uint8_t& byte : bytes) byte = static_cast<std::uint8_t>(1 + random() % alphabet);
+      char text[21];
+      BytesToHexText(text, bytes, 4 + 3 * static_cast<int>(random() % 3));
+      std::string error;
+      if (!CardIdentifier::Parse(text, error)) continue;
+      if (std::find(expected.begin(), expected.end(), text) != expected.end()) continue;
+      expected.push_back(text);
+      Add(text);
+    }
+    std::sort(expected.begin(), expected.end());
+    EXPECT_EQ(Scan(), expected) << "round " << round;
+    while (!chip.field().cards().empty()) {
+      chip.field().Remove(chip.field().cards().front()->identifier());
+    }
+  }
+}
+
+TEST_F(CardReaderTest, FaultsInTheAirHaveTheirStatus) {
+  Add("5A3C1E78");
+  struct Case {
+    const char* fault;
+    HFLSTATUS status;
+  };
+  for (const Case& c :
+       {Case{"lost", HFL_NO_ANSWER}, Case{"crc", HFL_CRC_ERROR}, Case{"short", HFL_CRC_ERROR}}) {
+    ASSERT_EQ(reader.SetUp(), HFL_SUCCESS);  // the field goes off, and the card to idle
+    ASSERT_TRUE(SelectAndAuthenticate(5));
+    SetAirFault(c.fault);
+    std::uint8_t data[16];
+    EXPECT_EQ(reader.Read(data), c.status) << c.fault;
+    chip.field().faults().Clear();
+  }
+  ASSERT_EQ(reader.SetUp(), HFL_SUCCESS);
+  SetAirFault("parity");
+  EXPECT_EQ(reader.Request(REQUEST_WUPA), HFL_PARITY_ERROR);
+}
+
+TEST_F(CardReaderTest, FailedReadShowsTheTimerBytesAndZeros) {
+  ASSERT_EQ(reader.SetUp(), HFL_SUCCESS);
+  std::uint8_t data[16];
+  EXPECT_EQ(reader.Read(data), HFL_NO_ANSWER);
+  EXPECT_EQ(lines.back(), "Read(0x00, 0xA5023200000000000000000000000000) --> Status: 0x0001");
+}
+
+TEST_F(CardReaderTest, WrongKeyDoesNotOpenTheSectorAndTheCardCanBeSelectedAgain) {
+  Add("5A3C1E78");
+  ASSERT_EQ(reader.SetUp(), HFL_SUCCESS);
+  reader.block = 5;
+  ASSERT_TRUE(Select());
+  const std::uint8_t wrong[6] = {};
+  EXPECT_NE(reader.Authenticate(0x61, wrong), HFL_SUCCESS);
+  EXPECT_EQ(lines.back().substr(0, 50), "Authentication KeyB(0x05, 0x000000000000) --> Stat");
+  std::uint8_t data[16];
+  EXPECT_NE(reader.Read(data), HFL_SUCCESS);
+  ASSERT_TRUE(SelectAndAuthenticate(5));
+  EXPECT_EQ(reader.Read(data), HFL_SUCCESS);
+  reader.block = 9;  // another sector, not authenticated for
+  EXPECT_NE(reader.Read(data), HFL_SUCCESS);
+}
+
+TEST_F(CardReaderTest, SilentChipFailsEveryStepAndTheOperationsRunAllTheSame) {
+  SimulatedBus silent(chip, {Fault{FaultKind::kSilence, 0, {}}});
+  ComponentStack silent_stack(program.state, &silent);
+  EXPECT_EQ(reader.SetUp(), HFL_LINK_FAILED);
+  EXPECT_EQ(set_up_failures, std::vector<HFLSTATUS>(7, HFL_LINK_FAILED));
+  EXPECT_EQ(reader.Request(REQUEST_REQA), HFL_LINK_FAILED);
+  EXPECT_EQ(lines, (Texts{"Timeout Setting Errornous(Status: 0x0104",
+                          "Request(0x26, 0x0000) --> Status: 0x0104"}));
+}
+
+TEST_F(CardReaderTest, HostAt115200GoesThereTogetherWithTheResetChip) {
+  program.state.baudrate_index = 2;
+  // Without a port the host's side is what the view is told.
+  bus.SetHostRate(115200);
+  chip.Preset(0x1F, 0x79);
+  class FollowingView final : public MainView {
+   public:
+    explicit FollowingView(SimulatedBus& b) : bus_(b) {}
+    void ShowBitRate(const char* text) override {
+      bus_.SetHostRate(static_cast<std::uint32_t>(std::stoul(text)));
+    }
+
+   private:
+    SimulatedBus& bus_;
+  } view(bus);
+  program.state.view = &view;
+  EXPECT_EQ(reader.SetUp(), HFL_SUCCESS);
+  EXPECT_EQ(program.state.baudrate_index, 2);
+  EXPECT_EQ(chip.SerialRate() / 1000, 116u);
+}
+
+}  // namespace
+}  // namespace vt63x
