@@ -1,0 +1,27 @@
+#include "cli/error_text.h"
+
+#include <system_error>
+
+namespace vt63x {
+
+std::string PortErrorText(DWORD error) {
+  struct Row {
+    DWORD error;
+    const char* text;
+  };
+  static constexpr Row kRows[] = {
+      {ERROR_FILE_NOT_FOUND, "there is no such port"},
+      {ERROR_ACCESS_DENIED, "it is in use by another program, or you have no right to it"},
+      {ERROR_INVALID_PARAMETER, "it is not a serial port"},
+      {ERROR_DEVICE_NOT_CONNECTED, "the device is not connected"},
+  };
+  const std::string number = " (error " + std::to_string(error) + ")";
+  for (const Row& row : kRows) {
+    if (row.error == error) return row.text + number;
+  }
+  return "the system refuses" + number;
+}
+
+std::string FileErrorText(int error) { return std::generic_category().message(error); }
+
+}  // namespace vt63x

@@ -1,0 +1,211 @@
+#include "cli/session.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+
+#include "cli/error_text.h"
+#include "cli/port_choice.h"
+#include "script/command_file.h"
+#include "script/runner.h"
+#include "serial/port_control.h"
+#include "shell/register_dump.h"
+#include "shell/state/log.h"
+
+namespace vt63x {
+namespace {
+
+// What the signal handler may touch: two lock-free atomics.
+std::atomic<std::atomic<std::uint8_t>*> running_flag = nullptr;
+std::atomic<bool> interrupted = false;
+static_assert(std::atomic<std::uint8_t>::is_always_lock_free);
+
+// The run ends before its next line. A second Ctrl-C ends the program as usual, for a line that
+// waits long.
+extern "C" void BreakOff(int signal) {
+  std::signal(signal, SIG_DFL);
+  interrupted = true;
+  if (std::atomic<std::uint8_t>* const flag = running_flag) *flag = 0;
+}
+
+std::string Plural(std::uint64_t count, const char* noun, const char* plural) {
+  return std::to_string(count) + " " + (count == 1 ? noun : plural);
+}
+
+const char* VerdictWord(ExitCode code) {
+  switch (code) {
+    case EXIT_ALL_DONE:
+      return "ok";
+    case EXIT_INTERRUPTED:
+      return "broken off";
+    case EXIT_LINE_LOST:
+      return "line lost";
+    default:
+      return "failed";
+  }
+}
+
+std::string Verdict(ExitCode code, const script_totals& totals) {
+  std::string text =
+      std::string(VerdictWord(code)) + ": " + Plural(totals.lines, "line", "lines") + " run, ";
+  if (totals.comparisons == 0) {
+    text += "nothing was compared";
+  } else {
+    text += Plural(totals.comparisons, "comparison", "comparisons") + " made, " +
+            std::to_string(totals.differences) + " failed";
+  }
+  return text + ", " + Plural(totals.accesses, "access", "accesses") + ", " +
+         std::to_string(totals.access_failures) + " failed";
+}
+
+std::string JoinLines(const std::vector<std::string>& lines) {
+  std::string content;
+  for (const std::string& line : lines) content += line + "\n";
+  return content;
+}
+
+}  // namespace
+
+Session::Session(const SessionOptions& options)
+    : options_(options),
+      log_buffer_(LOG_CAPACITY, '\0'),
+      stack_(state_, options.simulate ? &simulated_bus_ : nullptr),
+      view_(state_) {
+  state_.log_buf = log_buffer_.data();
+  state_.view = &view_;
+  action_.app_state = &state_;
+  if (options_.simulate) view_.SetSimulatedBus(&simulated_bus_);
+}
+
+Session::~Session() {
+  running_flag = nullptr;
+  if (state_.port_handle != nullptr) ClosePort(&action_);
+  if (log_file_ != nullptr) std::fclose(log_file_);
+}
+
+// A Ctrl-C is taken note of from here on.
+bool Session::Open() {
+  std::signal(SIGINT, BreakOff);
+  std::signal(SIGTERM, BreakOff);
+  if (!OpenLogFile()) return false;
+  return options_.simulate ? FillField() : OpenLine();
+}
+
+bool Session::OpenLogFile() {
+  if (options_.log_file.empty()) return true;
+  log_file_ = std::fopen(options_.log_file.c_str(), "ab");
+  if (log_file_ == nullptr) {
+    view_.Complain(options_.log_file + ": " + FileErrorText(errno));
+    view_.Raise(EXIT_FILE_OR_PORT);
+    return false;
+  }
+  view_.SetLogFile(log_file_, options_.log_file);
+  return true;
+}
+
+bool Session::FillField() {
+  std::string error;
+  bool filled = true;
+  for (const std::string& file : options_.card_files) {
+    filled = filled && KeepCardIn(file, options_.cards, error);
+  }
+  for (const CardOption& option : options_.cards) {
+    if (!filled) break;
+    std::unique_ptr<Card> card = MakeCard(option, error);
+    filled = card != nullptr && chip_.field().Add(std::move(card), error) != nullptr;
+  }
+  if (filled) return true;
+  view_.Complain(error);
+  view_.Raise(EXIT_FILE_OR_PORT);
+  return false;
+}
+
+// A device that is not a COM name becomes COM1 of this process; IsPortName has let it through.
+bool Session::OpenLine() {
+  if (const auto index = ComPortIndex(options_.port)) {
+    state_.port_index = *index;
+  } else {
+    SetEnvironmentVariableA("VT63X_COM1", options_.port.c_str());
+  }
+  OpenPort(&action_);
+  if (state_.port_handle == nullptr) return false;
+  PurgePort(&action_);
+  return true;
+}
+
+void Session::StartRun(std::int32_t resume_line) {
+  state_.resume_line = resume_line;
+  state_.script_running = 1;
+  running_flag = &state_.script_running;
+  // A Ctrl-C that came before there was a run to break off.
+  if (interrupted()) state_.script_running = 0;
+}
+
+void Session::Print(const std::string& line) { log_append(&action_, line.c_str(), 1); }
+
+void Session::Complain(const std::string& message) { view_.Complain(message); }
+
+void Session::Fail(const std::string& message) {
+  view_.Complain(message);
+  view_.Raise(EXIT_FAILED);
+}
+
+bool Session::interrupted() const { return vt63x::interrupted; }
+
+ExitCode Session::exit_code() {
+  if (interrupted()) view_.Raise(EXIT_INTERRUPTED);
+  return view_.exit_code();
+}
+
+ExitCode Session::Dump() {
+  // A dump that a read breaks off says nothing of it; its last row does.
+  DumpRegisters(&action_);
+  const std::string log = log_buffer_.data();
+  if (log.find("\r\nP3 ") == std::string::npos) {
+    Fail("the dump broke off: the chip does not answer on the line");
+  }
+  return exit_code();
+}
+
+ExitCode Session::Run(const std::string& path, std::int32_t resume_line) {
+  view_.SetSource(path);
+  if (path.size() >= sizeof state_.wcf_path) {
+    view_.Complain(path + ": the path is too long (" + std::to_string(MAX_PATH - 1) +
+                   " characters at most)");
+    view_.Raise(EXIT_FILE_OR_PORT);
+    return Conclude();
+  }
+  std::memcpy(state_.wcf_path, path.c_str(), path.size() + 1);
+  StartRun(resume_line);
+  RunCommandFile(&action_);
+  if (view_.end() == ScriptEnd::kUnreadable) {
+    std::string content;
+    const int error = ReadWholeFile(path.c_str(), content);
+    view_.Complain(path + ": " + FileErrorText(error != 0 ? error : ENOMEM));
+    view_.Raise(EXIT_FILE_OR_PORT);
+  }
+  if (view_.end() == ScriptEnd::kBreakCommand) {
+    view_.Complain("stopped by BRK; --resume " + std::to_string(state_.resume_line) +
+                   " goes on behind it");
+  }
+  return Conclude();
+}
+
+ExitCode Session::Execute(const std::vector<std::string>& lines) {
+  view_.SetSource("line");
+  StartRun(0);
+  LineParser parser(&action_);
+  const CommandFile file(JoinLines(lines));
+  const ScriptEnd end = RunLines(parser, file);
+  view_.ScriptEnded(end, parser.totals);
+  return Conclude();
+}
+
+ExitCode Session::Conclude() {
+  view_.NoteIfLineIsGone();
+  const ExitCode code = exit_code();
+  view_.Complain(Verdict(code, view_.totals()));
+  return code;
+}
+
+}  // namespace vt63x

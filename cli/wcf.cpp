@@ -1,0 +1,196 @@
+// wcf: command files and single lines without a window. Options and their help; the work is done
+// by Session.
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "cli/card_commands.h"
+#include "cli/card_options.h"
+#include "cli/check.h"
+#include "cli/error_text.h"
+#include "cli/exit_code.h"
+#include "cli/port_choice.h"
+#include "cli/session.h"
+#include "simulator/card_options.h"
+
+namespace {
+
+using vt63x::ExitCode;
+
+constexpr char kAbout[] =
+    "wcf runs command files against a Vt63x chip on a serial line, without a window.\n"
+    "\n"
+    "Log lines go to standard output as they come; messages that name the file and line,\n"
+    "and the verdict as the last line, go to standard error.";
+
+constexpr char kExitCodes[] =
+    "Exit code, the highest that applies:\n"
+    "  0    every line did its work\n"
+    "  1    a comparison found a difference, or an access failed\n"
+    "  2    the call itself was wrong\n"
+    "  3    a file or the port could not be opened, or a file not be written\n"
+    "  4    lines that are no commands\n"
+    "  5    the line went away; the run is broken off then, as with Ctrl-C\n"
+    "  130  broken off with Ctrl-C, between two lines (once more: at once)";
+
+constexpr char kPorts[] =
+    "A port is COM1 to COM16 or the device itself (/dev/ttyUSB0). On Linux COMn is the\n"
+    "device that the environment variable VT63X_COMn names, else /dev/ttyS(n-1).";
+
+// The field of a simulated chip when nobody says what is in it.
+const std::vector<std::string> kDefaultField = {"5A3C1E78", "04112233445566",
+                                                "04A1B2C3D4E5F6071829"};
+
+std::vector<vt63x::CardOption> ParseCards(const std::vector<std::string>& texts) {
+  std::vector<vt63x::CardOption> cards;
+  for (const std::string& text : texts) {
+    std::string error;
+    const auto card = vt63x::ParseCardOption(text, error);
+    if (!card) throw CLI::ValidationError("--card", error);
+    cards.push_back(*card);
+  }
+  return cards;
+}
+
+void AddLineOptions(CLI::App& command, vt63x::SessionOptions& options) {
+  CLI::Option_group* const line = command.add_option_group("Line", "one of the two is needed");
+  line->add_option("-p,--port", options.port, "Serial port of the chip")
+      ->type_name("NAME")
+      ->check([](const std::string& name) {
+        return vt63x::IsPortName(name) ? "" : "'" + name + "' is not the name of a port";
+      });
+  CLI::Option* const sim =
+      line->add_flag("--sim", options.simulate, "The simulated chip, in this program");
+  line->require_option(1);
+  command
+      .add_option_function<std::vector<std::string>>(
+          "--card", [&options](const auto& texts) { options.cards = ParseCards(texts); },
+          "With --sim: a card in its field, UID[:TYPE][=FILE] as for vt63x-sim; may be repeated.\n"
+          "Without any there are three, with identifiers of 4, 7 and 10 bytes")
+      ->type_name("CARD")
+      ->allow_extra_args(false)
+      ->needs(sim);
+  command
+      .add_option("--card-file", options.card_files,
+                  "With --sim: keep the memory of the first card without a file in this one,\n"
+                  "the same as =FILE; may be repeated")
+      ->type_name("FILE")
+      ->allow_extra_args(false)
+      ->needs(sim);
+  command.add_option("--log", options.log_file, "Append the log to this file as well")
+      ->type_name("FILE");
+  command.footer(std::string(kPorts) + "\n\n" + kExitCodes);
+}
+
+// Opens the line, does the work and closes it.
+template <typename Work>
+ExitCode WithSession(const vt63x::SessionOptions& options, const Work& work) {
+  vt63x::Session session(options);
+  return session.Open() ? work(session) : session.Conclude();
+}
+
+ExitCode CheckFile(const std::string& path) {
+  std::string content;
+  const int error = vt63x::ReadWholeFile(path.c_str(), content);
+  if (error != 0) {
+    std::fprintf(stderr, "wcf: %s: %s\n", path.c_str(), vt63x::FileErrorText(error).c_str());
+    return vt63x::EXIT_FILE_OR_PORT;
+  }
+  const vt63x::CommandFile file(content);
+  unsigned errors = 0;
+  unsigned warnings = 0;
+  const std::vector<vt63x::Finding> findings = vt63x::CheckCommandFile(file);
+  for (const vt63x::Finding& finding : findings) {
+    std::fprintf(stderr, "wcf: %s:%u: %s\n", path.c_str(), finding.line, finding.text.c_str());
+    ++(finding.error ? errors : warnings);
+  }
+  if (findings.size() >= vt63x::MOST_FINDINGS) {
+    std::fprintf(stderr, "wcf: %s: that is enough; the rest is not looked at\n", path.c_str());
+  }
+  std::fprintf(stderr, "wcf: %s: %zu lines, %u errors, %u warnings\n", path.c_str(), file.size(),
+               errors, warnings);
+  return errors > 0 ? vt63x::EXIT_BAD_LINES : vt63x::EXIT_ALL_DONE;
+}
+
+ExitCode CheckFiles(const std::vector<std::string>& paths) {
+  ExitCode code = vt63x::EXIT_ALL_DONE;
+  for (const std::string& path : paths) vt63x::Raise(code, CheckFile(path));
+  return code;
+}
+
+int Main(int argc, char** argv) {
+  CLI::App app(kAbout, "wcf");
+  app.set_version_flag("--version", "wcf " VT63X_VERSION);
+  app.require_subcommand(1);
+  app.footer(kExitCodes);
+  ExitCode code = vt63x::EXIT_ALL_DONE;
+  vt63x::SessionOptions options;
+  options.cards = ParseCards(kDefaultField);
+
+  std::string file;
+  std::int32_t resume_line = 0;
+  CLI::App* const run = app.add_subcommand("run", "Run a command file");
+  run->add_option("FILE", file, "Command file (.wcf)")->required()->type_name("");
+  run->add_option("--resume", resume_line, "Skip the first LINE lines, as after a BRK on line LINE")
+      ->type_name("LINE")
+      ->check(CLI::Range(0, std::numeric_limits<std::int32_t>::max()));
+  AddLineOptions(*run, options);
+  run->callback([&] {
+    code = WithSession(options, [&](auto& session) { return session.Run(file, resume_line); });
+  });
+
+  std::vector<std::string> lines;
+  CLI::App* const exec = app.add_subcommand(
+      "exec", "Run lines of the command language, as if they stood in a command file");
+  exec->add_option("LINE", lines, "For example 'GR 37' 'RE 37 91'")->required()->type_name("");
+  AddLineOptions(*exec, options);
+  exec->callback(
+      [&] { code = WithSession(options, [&](auto& session) { return session.Execute(lines); }); });
+
+  std::vector<std::string> files;
+  CLI::App* const check =
+      app.add_subcommand("check", "Report what is wrong with command files, without a port");
+  check->add_option("FILE", files, "Command files (.wcf)")->required()->type_name("");
+  check->footer(kExitCodes);
+  check->callback([&] { code = CheckFiles(files); });
+
+  CLI::App* const dump = app.add_subcommand("dump", "Print the chip's registers");
+  AddLineOptions(*dump, options);
+  dump->callback(
+      [&] { code = WithSession(options, [](auto& session) { return session.Dump(); }); });
+
+  vt63x::CardOptions card_options;
+  CLI::App* const card = app.add_subcommand("card", "Drive a card in front of the chip");
+  AddLineOptions(*card, options);
+  vt63x::AddCardCommands(*card, card_options, [&] {
+    code = WithSession(options,
+                       [&](auto& session) { return vt63x::RunCardCommand(session, card_options); });
+  });
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::RequiredError& error) {
+    // The library asks for a command without naming the word that is none.
+    const bool has_word = argc > 1 && argv[1][0] != '-' && app.get_subcommands().empty();
+    if (has_word) std::fprintf(stderr, "wcf: there is no command '%s'\n", argv[1]);
+    app.exit(error);
+    return vt63x::EXIT_USAGE;
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? vt63x::EXIT_ALL_DONE : vt63x::EXIT_USAGE;
+  }
+  return code;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return Main(argc, argv);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "wcf: %s\n", error.what());
+    return vt63x::EXIT_FILE_OR_PORT;
+  }
+}
