@@ -14,6 +14,7 @@
 #include "cli/exit_code.h"
 #include "cli/port_choice.h"
 #include "cli/session.h"
+#include "script/command_help.h"
 #include "simulator/card_options.h"
 
 namespace {
@@ -156,6 +157,12 @@ int Main(int argc, char** argv) {
   check->add_option("FILE", files, "Command files (.wcf)")->required()->type_name("");
   check->footer(kExitCodes);
   check->callback([&] { code = CheckFiles(files); });
+
+  app.add_subcommand("commands", "Print the reference of the command language")->callback([&] {
+    vt63x::Session session(options);
+    vt63x::ShowCommandHelp(session.action());
+    code = session.exit_code();
+  });
 
   CLI::App* const dump = app.add_subcommand("dump", "Print the chip's registers");
   AddLineOptions(*dump, options);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -101,6 +102,12 @@ TEST(WcfTest, ResumeSkipsLinesAsAfterABreak) {
   EXPECT_NE(first.err.find("stopped by BRK; --resume 2 goes on behind it"), std::string::npos);
   const ProgramResult second = Wcf({"run", file, "--sim", "--resume", "2"});
   EXPECT_EQ(second.out, "Processing " + file + "\n//< 3\n");
+}
+
+TEST(WcfTest, ReferenceNeedsNoLine) {
+  const ProgramResult result = Wcf({"commands"});
+  EXPECT_EQ(result.exit_code, 0);
+  EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 143);
 }
 
 TEST(WcfTest, WrongCallsAreRefusedWithCode2) {
