@@ -79,7 +79,7 @@ class Reader {
   action_param action_{};
   RecordingBus bus_;
   ComponentStack stack_;
-  CardReader reader_{&action_, {[](const char*) {}, [](HFLSTATUS) {}}};
+  CardReader reader_{&action_, {[](const char*) {}, [](HFLSTATUS) {}, [](HFLSTATUS) {}}};
   bool ready_ = false;
 };
 

@@ -36,30 +36,42 @@ class CardCommand {
       : session_(session),
         options_(options),
         reader_(session.action(), {[this](const char* line) { Line(line); },
-                                   [this](HFLSTATUS status) { Check("chip set-up", status); }}) {
+                                   [this](HFLSTATUS status) { SetUpFailed(status); },
+                                   [this](HFLSTATUS status) { Check("timer set-up", status); }}) {
     reader_.block = static_cast<std::uint8_t>(options.block);
   }
 
   void Run() {
-    if (reader_.SetUp() != HFL_SUCCESS) return;
+    if (reader_.SetUp() != HFL_SUCCESS) return ReportSetUp();
     if (options_.action == CardAction::kScan) return Scan();
     if (!Find()) return;
     if (options_.action == CardAction::kHalt) {
       Report("halt", reader_.Halt(), Identity());
       return;
     }
-    const bool pages = options_.action == CardAction::kWritePage;
-    if (!pages && !Authenticate()) return;
-    Access();
+    if (NeedsKey() && !Authenticate()) return;
+    if (!session_.interrupted()) Access();
   }
 
  private:
-  // The dialog's result lines, where they were not asked for as objects.
-  void Line(const char* line) {
-    if (!options_.json) session_.Print(std::string(line));
-  }
+  void Line(const char* line) { session_.Print(line); }
   void Object(const Json& object) {
-    if (options_.json) session_.Print(object.dump());
+    if (options_.json) session_.PrintObject(object.dump());
+  }
+
+  // On a dead line every step fails alike; the first says it.
+  void SetUpFailed(HFLSTATUS status) {
+    if (set_up_status_ == HFL_SUCCESS) set_up_status_ = status;
+  }
+  void ReportSetUp() { Report("set-up", set_up_status_, Json::object()); }
+
+  // Cards that have keys say so in their SAK (bit 0x08).
+  bool NeedsKey() const {
+    constexpr std::uint8_t kHasKeys = 0x08;
+    if (options_.action == CardAction::kWritePage) return false;
+    const bool asked =
+        options_.key_a || options_.key_b || options_.action == CardAction::kAuthenticate;
+    return asked || (reader_.sak & kHasKeys) != 0;
   }
 
   bool Check(const char* operation, HFLSTATUS status) {
@@ -87,45 +99,53 @@ class CardCommand {
             {"sak", HexText(&reader_.sak, 1)}};
   }
 
-  // Requests and selects a card. False when none answers, without a complaint: `status` says why.
-  bool Select(std::uint8_t request_code, HFLSTATUS& status) {
-    status = reader_.Request(request_code);
-    if (status != HFL_SUCCESS && status != HFL_COLLISION) return false;
-    status = reader_.AnticollisionSelect();
-    return status == HFL_SUCCESS;
+  enum class Found { kCard, kNobody, kFailure };
+
+  // Requests and selects a card. Nobody is there only when nobody answers the request.
+  Found Select(std::uint8_t request_code) {
+    status_ = reader_.Request(request_code);
+    if (status_ == HFL_NO_ANSWER) return Found::kNobody;
+    if (status_ != HFL_SUCCESS && status_ != HFL_COLLISION) return Found::kFailure;
+    status_ = reader_.AnticollisionSelect();
+    return status_ == HFL_SUCCESS ? Found::kCard : Found::kFailure;
   }
 
   // Cards that have been halted do not answer the next request.
   void Scan() {
     int cards = 0;
-    HFLSTATUS status = HFL_SUCCESS;
-    while (cards < kMostCards && !session_.interrupted() && Select(REQUEST_REQA, status)) {
+    Found found = Found::kCard;
+    while (cards < kMostCards && !session_.interrupted()) {
+      found = Select(REQUEST_REQA);
+      if (found != Found::kCard) break;
       ++cards;
       Json object = Identity();
       object["collision"] = (reader_.collision & 0x01) != 0;
       Report("scan", HFL_SUCCESS, object);
-      Check("halt", reader_.Halt());
+      if (!Check("halt", reader_.Halt())) break;
     }
     // Silence ends a scan; it is a failure when nothing came before it.
-    if (status == HFL_NO_ANSWER && cards > 0) status = HFL_SUCCESS;
-    if (status != HFL_SUCCESS) Report("scan", status, Json::object());
-    session_.Complain(std::to_string(cards) + (cards == 1 ? " card" : " cards"));
+    const bool failed = found == Found::kFailure || (found == Found::kNobody && cards == 0);
+    if (failed) Report("scan", status_, Json::object());
+    const std::string count = std::to_string(cards) + (cards == 1 ? " card" : " cards");
+    if (found == Found::kNobody) return session_.Complain(count);
+    session_.Fail("the scan ended after " + count);
   }
 
   // Selects the card that is asked for, or any.
   bool Find() {
-    HFLSTATUS status = HFL_SUCCESS;
     if (!options_.identifier) {
-      return Select(REQUEST_WUPA, status) || Report("select", status, Json::object());
+      return Select(REQUEST_WUPA) == Found::kCard || Report("select", status_, Json::object());
     }
     const std::string wanted = HexText(options_.identifier->data(), options_.identifier->size());
-    for (int cards = 0; cards < kMostCards && Select(REQUEST_REQA, status); ++cards) {
+    Found found = Found::kCard;
+    for (int cards = 0; cards < kMostCards && !session_.interrupted(); ++cards) {
+      found = Select(REQUEST_REQA);
+      if (found != Found::kCard) break;
       if (Identifier() == wanted) return true;
-      status = reader_.Halt();
-      if (status != HFL_SUCCESS) break;
+      if (!Check("halt", reader_.Halt())) return false;
     }
-    session_.Complain("there is no card " + wanted + " in the field");
-    return Report("select", status != HFL_SUCCESS ? status : HFL_NO_ANSWER, {{"uid", wanted}});
+    if (found == Found::kNobody) session_.Complain("there is no card " + wanted + " in the field");
+    return found != Found::kCard && Report("select", status_, {{"uid", wanted}});
   }
 
   bool Authenticate() {
@@ -175,9 +195,9 @@ class CardCommand {
   // The card works in its transfer buffer; a transfer makes the result last.
   void ChangeValue(const char* operation, std::uint8_t command) {
     const HFLSTATUS status = reader_.Value(command, options_.operand);
-    if (!Report(operation, status, {{"block", options_.block}, {"operand", options_.operand}})) {
-      return;
-    }
+    Json details = {{"block", options_.block}};
+    if (command != kRestoreCommand) details["operand"] = options_.operand;
+    if (!Report(operation, status, details)) return;
     const int target = options_.target.value_or(options_.block);
     reader_.block = static_cast<std::uint8_t>(target);
     Report("transfer", reader_.Value(kTransferCommand, 0), {{"block", target}});
@@ -186,6 +206,8 @@ class CardCommand {
   Session& session_;
   const CardOptions& options_;
   CardReader reader_;
+  HFLSTATUS set_up_status_ = HFL_SUCCESS;  // of the first step that failed
+  HFLSTATUS status_ = HFL_SUCCESS;         // of the last request or selection
 };
 
 }  // namespace

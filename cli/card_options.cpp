@@ -44,8 +44,19 @@ void AddKey(CLI::App& card, std::optional<Bytes>& key, const char* name, const c
       ->check(HexDigits({6}, "a key of 12 hexadecimal digits"));
 }
 
+constexpr char kMoreOptions[] =
+    "Line, keys, --uid and --json are options of `wcf card` and may stand here as well: see\n"
+    "`wcf card --help`.";
+
+bool UsesKeys(CardAction action) {
+  return action != CardAction::kScan && action != CardAction::kHalt &&
+         action != CardAction::kWritePage;
+}
+
 void AddTarget(CLI::App& command, CardOptions& options) {
-  command.add_option("--to", options.target, "Block that takes the result; BLOCK itself if none")
+  command
+      .add_option("--to", options.target,
+                  "Block of the same sector that takes the result; BLOCK itself if none")
       ->type_name("BLOCK")
       ->check(CLI::Range(0, 255));
 }
@@ -67,12 +78,17 @@ void AddCardCommands(CLI::App& card, CardOptions& options, const std::function<v
       ->type_name("HEX")
       ->check(HexDigits({4, 7, 10}, "an identifier of 8, 14 or 20 hexadecimal digits"));
 
+  card.get_option("--key-a")->excludes("--key-b");
+
   const auto add = [chosen, run](CLI::App& parent, const char* name, const char* words,
                                  CardAction action) {
     CLI::App* const command = parent.add_subcommand(name, words);
-    command->fallthrough();
+    command->fallthrough()->footer(kMoreOptions);
     command->callback([chosen, run, action] {
       chosen->action = action;
+      if (!UsesKeys(action) && (chosen->key_a || chosen->key_b)) {
+        throw CLI::ValidationError("--key", "this command authenticates for nothing");
+      }
       run();
     });
     return command;
@@ -106,7 +122,8 @@ void AddCardCommands(CLI::App& card, CardOptions& options, const std::function<v
   AddTarget(
       *add_block(*value, "restore", "Take a value over to another block", CardAction::kRestore),
       options);
-  add_block(*value, "transfer", "Only the transfer that ends the others", CardAction::kTransfer);
+  add_block(*value, "transfer", "Only the transfer that ends the others; cards refuse it by itself",
+            CardAction::kTransfer);
 }
 
 }  // namespace vt63x

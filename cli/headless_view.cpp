@@ -8,6 +8,8 @@
 namespace vt63x {
 namespace {
 
+constexpr char kOutputName[] = "standard output";
+
 struct FaultRow {
   ScriptFaultKind kind;
   ExitCode code;
@@ -64,9 +66,13 @@ void HeadlessView::Write(std::FILE* file, std::string_view text, const char* lin
 }
 
 void HeadlessView::LogAppended(std::string_view text, bool newline) {
-  Write(stdout, text, newline ? "\n" : "", "standard output", output_failed_);
+  if (!objects_only_) Write(stdout, text, newline ? "\n" : "", kOutputName, output_failed_);
   if (log_file_ == nullptr) return;
   Write(log_file_, text, newline ? "\r\n" : "", log_name_, log_failed_);
+}
+
+void HeadlessView::PrintObject(const std::string& object) {
+  Write(stdout, object, "\n", kOutputName, output_failed_);
 }
 
 bool HeadlessView::AskLogFile(char (&)[MAX_PATH]) {

@@ -23,6 +23,9 @@ class HeadlessView final : public MainView {
   // The simulated chip's host side, which follows the bit rate.
   void SetSimulatedBus(SimulatedBus* bus) { bus_ = bus; }
   // Log lines are also written here, with CR LF. Not owned.
+  // Log lines stay off standard output, where PrintObject writes.
+  void SetObjectsOnly(bool objects_only) { objects_only_ = objects_only; }
+  void PrintObject(const std::string& object);
   void SetLogFile(std::FILE* file, std::string name);
 
   // "wcf: " and the message, to standard error.
@@ -51,6 +54,7 @@ class HeadlessView final : public MainView {
   SimulatedBus* bus_ = nullptr;
   std::FILE* log_file_ = nullptr;
   std::string log_name_;
+  bool objects_only_ = false;
   bool output_failed_ = false;
   bool log_failed_ = false;
   ExitCode exit_code_ = EXIT_ALL_DONE;

@@ -75,6 +75,7 @@ Session::Session(const SessionOptions& options)
   state_.view = &view_;
   action_.app_state = &state_;
   if (options_.simulate) view_.SetSimulatedBus(&simulated_bus_);
+  view_.SetObjectsOnly(options.objects_only);
 }
 
 Session::~Session() {
@@ -88,7 +89,7 @@ bool Session::Open() {
   std::signal(SIGINT, BreakOff);
   std::signal(SIGTERM, BreakOff);
   if (!OpenLogFile()) return false;
-  return options_.simulate ? FillField() : OpenLine();
+  return options_.simulate ? OpenField() : OpenLine();
 }
 
 bool Session::OpenLogFile() {
@@ -103,18 +104,9 @@ bool Session::OpenLogFile() {
   return true;
 }
 
-bool Session::FillField() {
+bool Session::OpenField() {
   std::string error;
-  bool filled = true;
-  for (const std::string& file : options_.card_files) {
-    filled = filled && KeepCardIn(file, options_.cards, error);
-  }
-  for (const CardOption& option : options_.cards) {
-    if (!filled) break;
-    std::unique_ptr<Card> card = MakeCard(option, error);
-    filled = card != nullptr && chip_.field().Add(std::move(card), error) != nullptr;
-  }
-  if (filled) return true;
+  if (FillField(chip_.field(), options_.cards, error)) return true;
   view_.Complain(error);
   view_.Raise(EXIT_FILE_OR_PORT);
   return false;
@@ -143,6 +135,8 @@ void Session::StartRun(std::int32_t resume_line) {
 
 void Session::Print(const std::string& line) { log_append(&action_, line.c_str(), 1); }
 
+void Session::PrintObject(const std::string& object) { view_.PrintObject(object); }
+
 void Session::Complain(const std::string& message) { view_.Complain(message); }
 
 void Session::Fail(const std::string& message) {
@@ -153,6 +147,11 @@ void Session::Fail(const std::string& message) {
 bool Session::interrupted() const { return vt63x::interrupted; }
 
 ExitCode Session::exit_code() {
+  view_.NoteIfLineIsGone();
+  for (const std::string& error : StoreErrors(chip_.field())) {
+    view_.Complain(error);
+    view_.Raise(EXIT_FILE_OR_PORT);
+  }
   if (interrupted()) view_.Raise(EXIT_INTERRUPTED);
   return view_.exit_code();
 }
@@ -202,7 +201,6 @@ ExitCode Session::Execute(const std::vector<std::string>& lines) {
 }
 
 ExitCode Session::Conclude() {
-  view_.NoteIfLineIsGone();
   const ExitCode code = exit_code();
   view_.Complain(Verdict(code, view_.totals()));
   return code;

@@ -18,11 +18,11 @@
 namespace vt63x {
 
 struct SessionOptions {
-  std::string port;                     // "COM3", or a device that the system knows by another name
-  bool simulate = false;                // the simulated chip instead of a port
-  std::vector<CardOption> cards;        // in the simulated chip's field
-  std::vector<std::string> card_files;  // for those of them that have none
-  std::string log_file;                 // also write the log here, appending; empty: do not
+  std::string port;               // "COM3", or a device that the system knows by another name
+  bool simulate = false;          // the simulated chip instead of a port
+  std::vector<CardOption> cards;  // in the simulated chip's field
+  bool objects_only = false;      // standard output is for objects: no log lines there
+  std::string log_file;           // also write the log here, appending; empty: do not
 };
 
 class Session {
@@ -47,15 +47,16 @@ class Session {
 
   // For commands that are not scripts.
   const action_param* action() const { return &action_; }
-  void Print(const std::string& line);        // a line of the log
-  void Complain(const std::string& message);  // to standard error
-  void Fail(const std::string& message);      // the same, and EXIT_FAILED
-  bool interrupted() const;                   // Ctrl-C was pressed
+  void Print(const std::string& line);          // a line of the log
+  void PrintObject(const std::string& object);  // a line of standard output and of nothing else
+  void Complain(const std::string& message);    // to standard error
+  void Fail(const std::string& message);        // the same, and EXIT_FAILED
+  bool interrupted() const;                     // Ctrl-C was pressed
   ExitCode exit_code();
 
  private:
   bool OpenLogFile();
-  bool FillField();
+  bool OpenField();
   bool OpenLine();
   void StartRun(std::int32_t resume_line);
 

@@ -56,6 +56,13 @@ std::vector<vt63x::CardOption> ParseCards(const std::vector<std::string>& texts)
   return cards;
 }
 
+void KeepCards(const std::vector<std::string>& files, std::vector<vt63x::CardOption>& cards) {
+  std::string error;
+  for (const std::string& file : files) {
+    if (!vt63x::KeepCardIn(file, cards, error)) throw CLI::ValidationError("--card-file", error);
+  }
+}
+
 void AddLineOptions(CLI::App& command, vt63x::SessionOptions& options) {
   CLI::Option_group* const line = command.add_option_group("Line", "one of the two is needed");
   line->add_option("-p,--port", options.port, "Serial port of the chip")
@@ -75,9 +82,10 @@ void AddLineOptions(CLI::App& command, vt63x::SessionOptions& options) {
       ->allow_extra_args(false)
       ->needs(sim);
   command
-      .add_option("--card-file", options.card_files,
-                  "With --sim: keep the memory of the first card without a file in this one,\n"
-                  "the same as =FILE; may be repeated")
+      .add_option_function<std::vector<std::string>>(
+          "--card-file", [&options](const auto& files) { KeepCards(files, options.cards); },
+          "With --sim: keep the memory of the first card without a file in this one,\n"
+          "the same as =FILE; may be repeated")
       ->type_name("FILE")
       ->allow_extra_args(false)
       ->needs(sim);
@@ -89,6 +97,13 @@ void AddLineOptions(CLI::App& command, vt63x::SessionOptions& options) {
 // Opens the line, does the work and closes it.
 template <typename Work>
 ExitCode WithSession(const vt63x::SessionOptions& options, const Work& work) {
+  vt63x::Session session(options);
+  return session.Open() ? work(session) : session.exit_code();
+}
+
+// The same with a verdict as the last line, also when nothing could be opened.
+template <typename Work>
+ExitCode WithVerdict(const vt63x::SessionOptions& options, const Work& work) {
   vt63x::Session session(options);
   return session.Open() ? work(session) : session.Conclude();
 }
@@ -140,7 +155,7 @@ int Main(int argc, char** argv) {
       ->check(CLI::Range(0, std::numeric_limits<std::int32_t>::max()));
   AddLineOptions(*run, options);
   run->callback([&] {
-    code = WithSession(options, [&](auto& session) { return session.Run(file, resume_line); });
+    code = WithVerdict(options, [&](auto& session) { return session.Run(file, resume_line); });
   });
 
   std::vector<std::string> lines;
@@ -149,7 +164,7 @@ int Main(int argc, char** argv) {
   exec->add_option("LINE", lines, "For example 'GR 37' 'RE 37 91'")->required()->type_name("");
   AddLineOptions(*exec, options);
   exec->callback(
-      [&] { code = WithSession(options, [&](auto& session) { return session.Execute(lines); }); });
+      [&] { code = WithVerdict(options, [&](auto& session) { return session.Execute(lines); }); });
 
   std::vector<std::string> files;
   CLI::App* const check =
@@ -173,6 +188,7 @@ int Main(int argc, char** argv) {
   CLI::App* const card = app.add_subcommand("card", "Drive a card in front of the chip");
   AddLineOptions(*card, options);
   vt63x::AddCardCommands(*card, card_options, [&] {
+    options.objects_only = card_options.json;
     code = WithSession(options,
                        [&](auto& session) { return vt63x::RunCardCommand(session, card_options); });
   });
@@ -181,8 +197,11 @@ int Main(int argc, char** argv) {
     app.parse(argc, argv);
   } catch (const CLI::RequiredError& error) {
     // The library asks for a command without naming the word that is none.
-    const bool has_word = argc > 1 && argv[1][0] != '-' && app.get_subcommands().empty();
-    if (has_word) std::fprintf(stderr, "wcf: there is no command '%s'\n", argv[1]);
+    for (const std::string& word : app.remaining(true)) {
+      if (word[0] == '-') continue;
+      std::fprintf(stderr, "wcf: there is no command '%s'\n", word.c_str());
+      break;
+    }
     app.exit(error);
     return vt63x::EXIT_USAGE;
   } catch (const CLI::ParseError& error) {

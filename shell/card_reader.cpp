@@ -146,6 +146,7 @@ void CardReader::SetTimer(std::uint8_t* buffer, std::uint8_t reload) {
       SetAttribute(action_, {kTimerGroup, kTimerFullSetUp, 1, 0, buffer, nullptr});
   if (status == HFL_SUCCESS) return;
   output_.line(Format("Timeout Setting Errornous(Status: 0x%04X", Digits(status)).text);
+  output_.timer_failed(status);
 }
 
 void CardReader::SetTimer(std::uint8_t reload) {

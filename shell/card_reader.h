@@ -27,6 +27,7 @@ class CardReader {
   struct Output {
     std::function<void(const char* line)> line;           // a result, without line end
     std::function<void(HFLSTATUS status)> set_up_failed;  // a step of SetUp
+    std::function<void(HFLSTATUS status)> timer_failed;  // before an operation; it has its line too
   };
 
   CardReader(const action_param* action, Output output);

@@ -1,5 +1,6 @@
 #include "shell/hex_text.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -16,7 +17,8 @@ std::uint8_t HexTextToByte(char* text, std::uint8_t* error) {
     *c = '0';
     *error = 1;
   }
-  const unsigned long value = std::strtoul(text, nullptr, 16);
+  // At most nine digits; above 32 bits signed the number saturates.
+  const unsigned long long value = std::min(std::strtoull(text, nullptr, 16), 0x7FFF'FFFFULL);
   if (value > 0xFF) *error = 1;
   const auto byte = static_cast<std::uint8_t>(value & 0xFF);
   BytesToHexText(text, &byte, 1);

@@ -49,6 +49,7 @@ class BlockCard final : public Card {
   const char* type_name() const override;
   // As they are, keys included.
   std::span<const std::uint8_t> memory() const { return image_.bytes(); }
+  std::string store_error() const override { return image_.store_error(); }
 
  private:
   using Data = std::span<const std::uint8_t>;

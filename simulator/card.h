@@ -16,6 +16,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <string>
 
 #include "simulator/air_frame.h"
 #include "simulator/card_identifier.h"
@@ -61,6 +62,8 @@ class Card {
   bool starred() const { return starred_; }
   // As it is named in options and lists.
   virtual const char* type_name() const = 0;
+  // Why the last change of its memory could not be stored, for the user; empty when it was.
+  virtual std::string store_error() const { return {}; }
 
   // The answer to a frame in the air, or silence.
   std::optional<AirFrame> OnFrame(const AirFrame& frame);

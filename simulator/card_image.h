@@ -19,10 +19,10 @@ class CardImage {
   // Without a file.
   explicit CardImage(std::vector<std::uint8_t> bytes) : bytes_(std::move(bytes)) {}
 
-  // What the file holds; where there is none, it is made and holds `fresh`. Nothing, and a line for
-  // the user in `error`, when it has not exactly the size of `fresh`, when it does not begin with
-  // the first `fixed_count` bytes of `fresh`, or when it cannot be read or made. An existing file
-  // is not written to.
+  // What the file holds; where there is none, `fresh`, and the first change makes the file.
+  // Nothing, and a line for the user in `error`, when it has not exactly the size of `fresh`, when
+  // it does not begin with the first `fixed_count` bytes of `fresh`, or when it cannot be read and
+  // written. Nothing is written here. A link is followed.
   static std::optional<CardImage> Open(const std::filesystem::path& path,
                                        std::vector<std::uint8_t> fresh, std::size_t fixed_count,
                                        std::string& error);
@@ -30,14 +30,18 @@ class CardImage {
   std::span<const std::uint8_t> bytes() const { return bytes_; }
 
   // Puts `data` at `offset`. False, with memory and file as they were, when it would lie outside
-  // or the file cannot be written.
+  // or the file cannot be written; store_error() then says so.
   bool Change(std::size_t offset, std::span<const std::uint8_t> data);
 
+  // Why the last change could not be stored, for the user; empty when it was.
+  const std::string& store_error() const { return store_error_; }
+
  private:
-  bool Store(std::string& error) const;
+  bool Store() const;
 
   std::vector<std::uint8_t> bytes_;
   std::filesystem::path path_;  // empty: no file
+  std::string store_error_;
 };
 
 }  // namespace vt63x

@@ -74,6 +74,22 @@ bool KeepCardIn(const std::string& file, std::vector<CardOption>& cards, std::st
   return false;
 }
 
+bool FillField(Field& field, const std::vector<CardOption>& cards, std::string& error) {
+  for (const CardOption& option : cards) {
+    std::unique_ptr<Card> card = MakeCard(option, error);
+    if (card == nullptr || field.Add(std::move(card), error) == nullptr) return false;
+  }
+  return true;
+}
+
+std::vector<std::string> StoreErrors(const Field& field) {
+  std::vector<std::string> errors;
+  for (const auto& card : field.cards()) {
+    if (!card->store_error().empty()) errors.push_back(card->store_error());
+  }
+  return errors;
+}
+
 std::unique_ptr<Card> MakeCard(const CardOption& option, std::string& error) {
   const CardType* const type = FindType(option.type);
   if (type == nullptr) {

@@ -30,6 +30,7 @@ class PageCard final : public Card {
 
   const char* type_name() const override { return "ostrel-page"; }
   std::span<const std::uint8_t> memory() const { return image_.bytes(); }
+  std::string store_error() const override { return image_.store_error(); }
 
  private:
   PageCard(const CardIdentifier& identifier, CardImage image);

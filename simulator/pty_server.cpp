@@ -6,10 +6,7 @@ PtyServer::PtyServer(const Options& options)
     : port_(chip_, options.faults), line_(port_, {options.pace}) {
   for (const auto& [address, value] : options.registers) chip_.Preset(address, value);
   for (const AirFault& fault : options.air_faults) chip_.field().faults().Set(fault);
-  for (const CardOption& option : options.cards) {
-    std::unique_ptr<Card> card = MakeCard(option, error_);
-    if (card == nullptr || chip_.field().Add(std::move(card), error_) == nullptr) return;
-  }
+  if (!FillField(chip_.field(), options.cards, error_)) return;
   if (line_.Open(error_)) thread_ = std::thread([this] { end_ = line_.Serve(); });
 }
 

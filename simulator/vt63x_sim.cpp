@@ -100,7 +100,8 @@ int WaitForCommand(const sigset_t& signals, ChildProcess& command) {
   }
 }
 
-void Report(const SimOptions& options, const PtyLine& line, PtyLine::End end) {
+void Report(const SimOptions& options, const PtyLine& line, PtyLine::End end, const Field& field) {
+  for (const std::string& error : StoreErrors(field)) Complain(error);
   if (end == PtyLine::End::kHungUp) Complain("the line has hung up");
   if (end == PtyLine::End::kFailed) Complain("the line could not be served any longer");
   if (line.lost_answers() > 0) {
@@ -115,15 +116,6 @@ void Report(const SimOptions& options, const PtyLine& line, PtyLine::End end) {
                static_cast<double>(pace.most_late) / 1e3);
 }
 
-bool FillField(const SimOptions& options, Field& field, std::string& error) {
-  for (const AirFault& fault : options.air_faults) field.faults().Set(fault);
-  for (const CardOption& option : options.cards) {
-    std::unique_ptr<Card> card = MakeCard(option, error);
-    if (card == nullptr || field.Add(std::move(card), error) == nullptr) return false;
-  }
-  return true;
-}
-
 int Run(const SimOptions& options) {
   sigset_t old_mask;
   const sigset_t signals = BlockSignals(old_mask);
@@ -136,7 +128,8 @@ int Run(const SimOptions& options) {
   RealClock clock;
   Chip chip(clock);
   for (const auto& [address, value] : options.registers) chip.Preset(address, value);
-  if (!FillField(options, chip.field(), error)) {
+  for (const AirFault& fault : options.air_faults) chip.field().faults().Set(fault);
+  if (!FillField(chip.field(), options.cards, error)) {
     Complain(error);
     return kExitNoDevice;
   }
@@ -178,7 +171,7 @@ int Run(const SimOptions& options) {
   }
   line.Stop();
   server.join();
-  Report(options, line, end);
+  Report(options, line, end, chip.field());
   if (options.command.empty() && end == PtyLine::End::kFailed) exit_code = kExitNoDevice;
   return exit_code;
 }

@@ -102,8 +102,58 @@ TEST(WcfCardTest, CardFileKeepsTheFirstCardsMemory) {
   EXPECT_NE(over_line.out.find("Read(0x05, 0x" + data + ")"), std::string::npos) << over_line.out;
   const ProgramResult too_many =
       Wcf({"card", "scan", "--sim", "--card", "01020304:plain", "--card-file", file});
-  EXPECT_EQ(too_many.exit_code, 3);
+  EXPECT_EQ(too_many.exit_code, 2);
   EXPECT_NE(too_many.err.find("there is no card whose memory"), std::string::npos);
+}
+
+TEST(WcfCardTest, PageCardsAreWrittenAndReadWithoutAKey) {
+  const TempDirectory directory;
+  const std::string card = "04112233445566:ostrel-page=" + directory.File("page.bin");
+  EXPECT_EQ(Wcf({"card", "page", "9", "DEADBEEF", "--sim", "--card", card}).exit_code, 0);
+  const ProgramResult read = Wcf({"card", "read", "8", "--sim", "--card", card, "--json"});
+  EXPECT_EQ(nlohmann::json::parse(read.out).at("data"), "00000000DEADBEEF0000000000000000");
+}
+
+TEST(WcfCardTest, MemoryThatCannotBeStoredIsNamed) {
+  const TempDirectory directory;
+  std::filesystem::create_directory(directory.File("card.bin.new"));
+  const std::string card = "5A3C1E78=" + directory.File("card.bin");
+  const ProgramResult result =
+      Wcf({"card", "write", "5", std::string(32, '0'), "--sim", "--card", card});
+  EXPECT_EQ(result.exit_code, 3);
+  EXPECT_NE(result.err.find("card.bin: cannot be written"), std::string::npos) << result.err;
+}
+
+TEST(WcfCardTest, AnswerLostInTheMiddleOfAScanIsNotItsEnd) {
+  const ProgramResult result = OverALine(
+      {"--card", "5A3C1E78", "--card", "04112233445566", "--air", "lost@6+1"}, {"card", "scan"});
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_NE(result.err.find("wcf: the scan ended after 1 card\n"), std::string::npos) << result.err;
+}
+
+TEST(WcfCardTest, FailedTimerSetUpIsAFailure) {
+  const ProgramResult result =
+      OverALine({"--card", "5A3C1E78", "--fault", "silence@46+1"}, {"card", "read", "5", "--json"});
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_NE(result.err.find("timer set-up: "), std::string::npos) << result.err;
+  EXPECT_EQ(nlohmann::json::parse(result.out).at("status"), "0x0000");
+}
+
+TEST(WcfCardTest, LineThatGoesAwayHasItsExitCode) {
+  for (const char* fault : {"hang-up@1", "hang-up@60", "hang-up@150"}) {
+    const ProgramResult result =
+        OverALine({"--card", "5A3C1E78", "--fault", fault}, {"card", "read", "5"});
+    EXPECT_EQ(result.exit_code, 5) << fault << result.err;
+  }
+  EXPECT_EQ(OverALine({"--fault", "hang-up@20"}, {"dump"}).exit_code, 5);
+}
+
+TEST(WcfCardTest, ObjectsAreAllThatStandsOnStandardOutput) {
+  const ProgramResult no_port = Wcf({"card", "scan", "--json", "--port", "/nowhere"});
+  EXPECT_EQ(no_port.exit_code, 3);
+  EXPECT_EQ(no_port.out, "");
+  const ProgramResult silent = OverALine({"--fault", "silence"}, {"card", "scan", "--json"});
+  EXPECT_EQ(silent.out, "{\"operation\":\"set-up\",\"status\":\"0x0104\"}\n");
 }
 
 TEST(WcfCardTest, WrongKeyFailsAndNamesTheStep) {
@@ -129,14 +179,17 @@ TEST(WcfCardTest, WrongOperandsAreRefusedBeforeAnythingIsOpened) {
     Arguments arguments;
     const char* words;
   };
-  for (const Case& c : {Case{{"read", "256"}, "256"}, Case{{"read", "-1"}, "-1"},
-                        Case{{"read", "x"}, "x"}, Case{{"write", "5", "0011"}, "32 hexadecimal"},
-                        Case{{"page", "5", "001122"}, "8 hexadecimal"},
-                        Case{{"read", "5", "--key-a", "12"}, "12 hexadecimal digits"},
-                        Case{{"read", "5", "--key-a", "12345678901G"}, "12 hexadecimal digits"},
-                        Case{{"read", "5", "--uid", "112233"}, "8, 14 or 20"},
-                        Case{{"scan", "--card", "112233"}, "8, 14 or 20"},
-                        Case{{"value", "dec", "5"}, "N"}, Case{{"value"}, "subcommand"}}) {
+  for (const Case& c :
+       {Case{{"read", "256"}, "256"}, Case{{"read", "-1"}, "-1"}, Case{{"read", "x"}, "x"},
+        Case{{"write", "5", "0011"}, "32 hexadecimal"},
+        Case{{"page", "5", "001122"}, "8 hexadecimal"},
+        Case{{"read", "5", "--key-a", "12"}, "12 hexadecimal digits"},
+        Case{{"read", "5", "--key-a", "12345678901G"}, "12 hexadecimal digits"},
+        Case{{"read", "5", "--uid", "112233"}, "8, 14 or 20"},
+        Case{{"scan", "--card", "112233"}, "8, 14 or 20"}, Case{{"value", "dec", "5"}, "N"},
+        Case{{"value"}, "subcommand"}, Case{{"frob"}, "'frob'"},
+        Case{{"scan", "--key-a", "3C9A5E71B2D4"}, "key"},
+        Case{{"read", "5", "--key-a", "3C9A5E71B2D4", "--key-b", "3C9A5E71B2D4"}, "excludes"}}) {
     Arguments arguments = {"card"};
     arguments.insert(arguments.end(), c.arguments.begin(), c.arguments.end());
     arguments.push_back("--sim");
@@ -160,8 +213,8 @@ TEST(WcfCardTest, CardFileOfAWrongSizeIsRefusedAndLeftAlone) {
 TEST(WcfCardTest, SilentChipEndsTheCommandAtTheSetUp) {
   const ProgramResult result = OverALine({"--fault", "silence"}, {"card", "scan"});
   EXPECT_EQ(result.exit_code, 1);
-  EXPECT_NE(result.err.find("chip set-up: the chip does not answer on the line (status 0x0104)"),
-            std::string::npos);
+  EXPECT_EQ(result.err.substr(0, result.err.find('\n')),
+            "wcf: set-up: the chip does not answer on the line (status 0x0104)");
   EXPECT_EQ(result.out, "");
 }
 

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
+#include <functional>
 #include <random>
 #include <string>
 #include <vector>
@@ -75,9 +77,11 @@ class CardReaderTest : public testing::Test {
   ComponentStack stack{program.state, &bus};
   Texts lines;
   std::vector<HFLSTATUS> set_up_failures;
+  std::vector<HFLSTATUS> timer_failures;
   CardReader reader{&program.action,
                     {[this](const char* line) { lines.push_back(line); },
-                     [this](HFLSTATUS status) { set_up_failures.push_back(status); }}};
+                     [this](HFLSTATUS status) { set_up_failures.push_back(status); },
+                     [this](HFLSTATUS status) { timer_failures.push_back(status); }}};
 };
 
 TEST(IdentifierBytesTest, CascadeTagsAreLeftOut) {
@@ -113,6 +117,86 @@ TEST_F(CardReaderTest, EachOperationGivesItsLine) {
                           "Read(0x05, 0x000102030405060708090A0B0C0D0E0F) --> Status: 0x0000",
                           "Halt(0x50, 0x00) --> Status: 0x0000",
                           "Request(0x26, 0x0000) --> Status: 0x0001"}));
+}
+
+// The writes of a chip operation, as they crossed the bus: "AA=VV" in hexadecimal.
+Texts Writes(const SimulatedBus& bus) {
+  Texts writes;
+  std::vector<std::uint8_t> sent;
+  for (const RecordedByte& byte : bus.recording()) {
+    if (byte.to_chip) sent.push_back(byte.byte);
+  }
+  for (std::size_t at = 0; at < sent.size();) {
+    if ((sent[at] & 0x80) != 0) {
+      ++at;
+      continue;
+    }
+    char text[6];
+    std::snprintf(text, sizeof text, "%02X=%02X", sent[at], sent[at + 1]);
+    writes.push_back(text);
+    at += 2;
+  }
+  return writes;
+}
+
+TEST_F(CardReaderTest, SetUpWritesTheChipInThisOrder) {
+  bus.StartRecording(10000);
+  ASSERT_EQ(reader.SetUp(), HFL_SUCCESS);
+  EXPECT_EQ(Writes(bus),
+            (Texts{"01=0F",                                               // soft reset
+                   "14=80",                                               //
+                   "08=00", "12=80", "13=80", "24=26",                    // speeds of type A
+                   "15=40", "18=55", "24=26", "19=4D", "26=59", "27=F4",  //
+                   "28=3F", "29=11",                                      //
+                   "14=83",                                               // antenna on
+                   "2A=80", "2B=A6", "2A=82", "2D=E8", "2C=03",           // timer
+                   "01=00"}));                                            // receiver on
+}
+
+TEST_F(CardReaderTest, EveryOperationSetsItsOwnTimer) {
+  Add("5A3C1E78");
+  std::uint8_t data[16] = {};
+  struct Case {
+    const char* reload;
+    std::function<void()> operation;
+  };
+  for (const Case& c :
+       {Case{"2D=03", [&] { reader.Request(REQUEST_REQA); }},
+        Case{"2D=03", [&] { reader.AnticollisionSelect(); }},
+        Case{"2D=64", [&] { reader.Authenticate(0x60, kKey); }},
+        Case{"2D=32", [&] { reader.Read(data); }}, Case{"2D=64", [&] { reader.Write(data); }},
+        Case{"2D=64", [&] { reader.WritePage(data); }},
+        Case{"2D=64", [&] { reader.Value(0xC0, 1); }}}) {
+    ASSERT_EQ(reader.SetUp(), HFL_SUCCESS);
+    bus.StartRecording(10000);
+    c.operation();
+    Texts writes = Writes(bus);
+    writes.resize(6);
+    EXPECT_EQ(writes, (Texts{"2A=82", "2A=82", "2B=A5", "2A=82", c.reload, "2C=00"}));
+  }
+  bus.StartRecording(10000);
+  reader.Halt();
+  const Texts writes = Writes(bus);
+  EXPECT_EQ(Texts(writes.begin(), writes.begin() + 2), (Texts{"2D=32", "2C=00"}));
+  EXPECT_EQ(Texts(writes.end() - 2, writes.end()), (Texts{"2D=E8", "2C=03"}));
+}
+
+TEST_F(CardReaderTest, LinesThatNoCardOfFourBytesGives) {
+  Add("04A1B2C3D4E5F6071829");
+  ASSERT_EQ(reader.SetUp(), HFL_SUCCESS);
+  ASSERT_TRUE(Select());
+  EXPECT_EQ(lines.back(),
+            "Anticollision/Select(0x93, 0x08, 0x04A1B2C3D4E5F6071829) --> Status: 0x0000");
+  reader.block = 0x2A;
+  EXPECT_EQ(reader.Authenticate(0x61, kKey), HFL_SUCCESS);
+  EXPECT_EQ(lines.back(), "Authentication KeyB(0x2A, 0x3C9A5E71B2D4) --> Status: 0x0000");
+  ASSERT_EQ(reader.SetUp(), HFL_SUCCESS);
+  EXPECT_EQ(reader.AnticollisionSelect(), HFL_NO_ANSWER);
+  EXPECT_EQ(lines.back(), "Anticollision/Select(0x93, 0x00, 0x00000000) --> Status: 0x0001");
+  reader.Value(0xC0, 7);
+  EXPECT_EQ(lines.back(), "Decrement(0x2A, 7) --> Status: 0x0001");
+  reader.Value(0xC2, 7);
+  EXPECT_EQ(lines.back(), "Restore(0x2A) --> Status: 0x0001");
 }
 
 TEST_F(CardReaderTest, PageAndValueOperationsGiveTheirLines) {
@@ -250,7 +334,9 @@ TEST_F(CardReaderTest, SilentChipFailsEveryStepAndTheOperationsRunAllTheSame) {
   ComponentStack silent_stack(program.state, &silent);
   EXPECT_EQ(reader.SetUp(), HFL_LINK_FAILED);
   EXPECT_EQ(set_up_failures, std::vector<HFLSTATUS>(7, HFL_LINK_FAILED));
+  EXPECT_TRUE(timer_failures.empty());
   EXPECT_EQ(reader.Request(REQUEST_REQA), HFL_LINK_FAILED);
+  EXPECT_EQ(timer_failures, std::vector<HFLSTATUS>{HFL_LINK_FAILED});
   EXPECT_EQ(lines, (Texts{"Timeout Setting Errornous(Status: 0x0104",
                           "Request(0x26, 0x0000) --> Status: 0x0104"}));
 }

@@ -21,6 +21,7 @@ TEST(HexTextTest, TypedValuesAreCorrectedToTwoDigits) {
         Case{"1FF", 0xFF, "FF", 1}, Case{"100", 0x00, "00", 1}, Case{"0FF", 0xFF, "FF", 0},
         Case{"a", 0x00, "00", 1}, Case{"-1", 0x01, "01", 1}, Case{"0X12", 0x12, "12", 1},
         Case{"1:2", 0x01, "01", 0}, Case{"@", 0x00, "00", 0}, Case{"FFFFFFFFF", 0xFF, "FF", 1},
+        Case{"123456700", 0xFF, "FF", 1}, Case{"7FFFFF12", 0x12, "12", 1},
         Case{"\xE4"
              "1",
              0x01, "01", 1}}) {

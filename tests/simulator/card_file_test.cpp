@@ -59,8 +59,11 @@ TEST_F(CardFileTest, MemoryIsThereAgainWithTheNextCard) {
 }
 
 TEST_F(CardFileTest, FileThatDoesNotFitIsRefusedAndLeftAlone) {
-  ASSERT_TRUE(Make("01020304"));
-  const Bytes good = Content(path);
+  const std::unique_ptr<Card> card = Make("01020304");
+  ASSERT_TRUE(card);
+  EXPECT_FALSE(fs::exists(path)) << "made by the first change";
+  const auto memory = dynamic_cast<const BlockCard&>(*card).memory();
+  const Bytes good(memory.begin(), memory.end());
   Bytes other = good;
   other[3] = 0xFF;
   Bytes longer = good;
@@ -92,7 +95,21 @@ TEST_F(CardFileTest, WhatIsNoFileOrCannotBeMadeIsRefused) {
   fs::remove(path);
   const auto option = ParseCardOption("01020304=" + (folder / "no" / "card").string(), error);
   EXPECT_FALSE(MakeCard(*option, error));
-  EXPECT_NE(error.find("cannot be written"), std::string::npos) << error;
+  EXPECT_NE(error.find("no such directory"), std::string::npos) << error;
+}
+
+TEST_F(CardFileTest, LinkAndPermissionsOutliveAChange) {
+  const Bytes two = {1, 2};
+  std::ofstream(folder / "target") << std::string(16, 'x');
+  fs::permissions(folder / "target", fs::perms::owner_read | fs::perms::owner_write);
+  fs::create_symlink("target", path);
+  auto image = CardImage::Open(path, Bytes(16, 0), 0, error);
+  ASSERT_TRUE(image) << error;
+  EXPECT_TRUE(image->Change(0, two));
+  EXPECT_TRUE(fs::is_symlink(path));
+  EXPECT_EQ(Content(folder / "target")[1], 2);
+  EXPECT_EQ(fs::status(folder / "target").permissions(),
+            fs::perms::owner_read | fs::perms::owner_write);
 }
 
 // A directory in the place of the new file keeps it from being written.
@@ -105,6 +122,8 @@ TEST_F(CardFileTest, ChangeThatCannotBeKeptIsRefusedAndUndone) {
   ASSERT_TRUE(reader.Activate());
   EXPECT_TRUE(reader.Transceive({0xA2, 0x04, 1, 2, 3, 4}).IsNibble(0x4));
   EXPECT_EQ(Content(path), before);
+  ASSERT_EQ(StoreErrors(chip.field()).size(), 1u);
+  EXPECT_NE(StoreErrors(chip.field())[0].find("cannot be written"), std::string::npos);
   ASSERT_TRUE(reader.Activate());
   EXPECT_TRUE(reader.Transceive({0x30, 0x04}).Is(Bytes(16, 0)));
   fs::remove_all(folder / "card.bin.new");

@@ -53,7 +53,7 @@ TEST(FieldCommand, WrongLinesAreRefusedAndChangeNothing) {
            Case{"card add", "has 0 digits"},
            Case{"card add 01020304", "already"},
            Case{"card add 0102", "has 4 digits"},
-           Case{"card add 05060708=/no/such/folder/file", "cannot be written"},
+           Case{"card add 05060708=/no/such/folder/file", "no such directory"},
            Case{"card remove 05060708", "not in the field"},
            Case{"card remove", "has 0 digits"},
            Case{"field list all", "nothing goes behind"},
