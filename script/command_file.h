@@ -20,7 +20,7 @@ namespace vt63x {
 inline constexpr std::size_t LONGEST_LINE = 199;
 
 // The largest command file, in bytes: a device that never ends must not fill the memory.
-inline constexpr std::size_t LARGEST_COMMAND_FILE = 64 * 1024 * std::size_t{1024};
+inline constexpr std::size_t LARGEST_COMMAND_FILE = std::size_t{64} * 1024 * 1024;
 
 struct DuplicateLabel {
   std::string_view name;

@@ -257,12 +257,12 @@ HFLSTATUS CardReader::WritePage(const std::uint8_t* data) {
 
 HFLSTATUS CardReader::Value(std::uint8_t command, std::uint32_t operand) {
   struct Row {
-    std::uint8_t command;
     const char* name;
+    std::uint8_t command;
     std::uint8_t length;
   };
   static constexpr Row kRows[] = {
-      {0xC0, "Decrement", 4}, {0xC1, "Increment", 4}, {0xC2, "Restore", 0}, {0xB0, "Transfer", 0}};
+      {"Decrement", 0xC0, 4}, {"Increment", 0xC1, 4}, {"Restore", 0xC2, 0}, {"Transfer", 0xB0, 0}};
   const Row* const row = std::find_if(std::begin(kRows), std::end(kRows),
                                       [&](const Row& r) { return r.command == command; });
   if (row == std::end(kRows)) return HFL_UNKNOWN_COMMAND;
