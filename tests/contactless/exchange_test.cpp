@@ -90,41 +90,16 @@ HFLSTATUS Operate(ExchangeInterface& exchange, int operation) {
   return exchange.Authenticate(&transmit);
 }
 
-TEST(ExchangeTest, NothingHappensWhileNotReady) {
-  for (int operation = 0; operation < 4; ++operation) {
-    Bench bench;
-    EXPECT_EQ(bench.exchange.members, 1);
-    bench.exchange.members = 0;
-    EXPECT_EQ(Operate(bench.exchange, operation), HFL_NOT_READY);
-    EXPECT_EQ(bench.chip.accesses, 0);
-  }
-}
-
-TEST(ExchangeTest, AnyFailingAccessEndsTheOperationWithItsStatus) {
-  for (int operation = 0; operation < 4; ++operation) {
-    ExpectEveryFailingAccessToEndIt(
-        [](ScriptedRegisters& chip) {
-          chip.answers = {{0x70, 2, 0, 0, {1, 2}}};
-        },
-        [&](ScriptedRegisters& chip) {
-          ExchangeWrapper exchange;
-          exchange.Init(ExchangeOpen, &chip, 1);
-          return Operate(exchange, operation);
-        },
-        20);
-  }
-}
-
-HFLSTATUS RefusingCallback(wait_event_cb_param* event) {
-  return *static_cast<HFLSTATUS*>(event->wait_cb_context);
-}
-
-TEST(ExchangeTest, EveryOperationUsesTheWaitCallback) {
+TEST(ExchangeTest, EveryOperationNeedsTheReadyByteAndUsesTheWaitCallback) {
   HFLSTATUS status = 0x0BAD;
   for (int operation = 0; operation < 4; ++operation) {
     Bench bench;
+    bench.exchange.members = 0;
+    EXPECT_EQ(Operate(bench.exchange, operation), HFL_NOT_READY);
+    EXPECT_EQ(bench.chip.accesses, 0);
+    bench.exchange.members = 1;
     bench.chip.answers = {{0x70, 0, 0, 0, {}}};
-    set_wait_callback_param install{RefusingCallback, &status, nullptr};
+    set_wait_callback_param install{GiveUpWaiting, &status, nullptr};
     bench.exchange.SetWaitCallback(&install);
     EXPECT_EQ(Operate(bench.exchange, operation), 0x0BAD);
   }

@@ -20,6 +20,8 @@ struct Bench {
     param.bit_count = known_bits;
     return component.AnticollisionSelect(&param);
   }
+  bool HasUid() const { return std::equal(kUid, kUid + 4, uid.begin()); }
+
   ScriptedRegisters chip;
   Iso14443AWrapper component;
   Iso14443ACore* const garbage = reinterpret_cast<Iso14443ACore*>(0x1234);
@@ -46,6 +48,14 @@ Bytes KnownPart(int bits) {
     known[at] = static_cast<std::uint8_t>(kUid[at] & ~(0xFF << bits % 8));
   }
   return known;
+}
+
+// The anticollision frame of level 1 with that many known bits.
+Bytes AskFrame(int known) {
+  const Bytes part = KnownPart(known);
+  Bytes frame = {0x93, static_cast<std::uint8_t>(0x20 + known / 8 * 16 + known % 8)};
+  frame.insert(frame.end(), part.begin(), part.begin() + (known + 7) / 8);
+  return frame;
 }
 
 TEST(Iso14443ATest, RequestMakesExactlyTheseAccesses) {
@@ -109,18 +119,15 @@ TEST(Iso14443ATest, AnyNumberOfKnownBitsIsSentAndCompleted) {
   for (int known = 0; known <= 32; ++known) {
     SCOPED_TRACE(known);
     Bench bench;
-    const Bytes part = KnownPart(known);
-    std::copy(part.begin(), part.end(), bench.uid.begin());
+    std::ranges::copy(KnownPart(known), bench.uid.begin());
     if (known < 32) bench.chip.answers.push_back(Complete(RestOfUid(known)));
     bench.chip.answers.push_back(Complete({0x08}));
     EXPECT_EQ(bench.Activate(static_cast<std::uint8_t>(known)), HFL_SUCCESS);
-    EXPECT_EQ(Bytes(bench.uid.begin(), bench.uid.begin() + 4), Bytes(kUid, kUid + 4));
+    EXPECT_TRUE(bench.HasUid());
     EXPECT_EQ(bench.param.bit_count, 32);
     ASSERT_EQ(bench.chip.sent.size(), known < 32 ? 2u : 1u);
     if (known == 32) continue;
-    Bytes frame = {0x93, static_cast<std::uint8_t>(0x20 + known / 8 * 16 + known % 8)};
-    frame.insert(frame.end(), part.begin(), part.begin() + (known + 7) / 8);
-    EXPECT_EQ(bench.chip.sent[0], frame);
+    EXPECT_EQ(bench.chip.sent[0], AskFrame(known));
     EXPECT_EQ(bench.chip.framing[0], known % 8 * 17);
   }
 }
@@ -136,10 +143,8 @@ TEST(Iso14443ATest, CollisionAtAnyBitIsResolvedByALongerKnownPart) {
                           Complete(RestOfUid(bits)), Complete({0x08})};
     EXPECT_EQ(bench.Activate(), HFL_SUCCESS);
     EXPECT_EQ(bench.param.collision, 0x81);
-    EXPECT_EQ(Bytes(bench.uid.begin(), bench.uid.begin() + 4), Bytes(kUid, kUid + 4));
-    Bytes frame = {0x93, static_cast<std::uint8_t>(0x20 + bits / 8 * 16 + bits % 8)};
-    frame.insert(frame.end(), received.begin(), received.end());
-    EXPECT_EQ(bench.chip.sent[1], frame);
+    EXPECT_TRUE(bench.HasUid());
+    EXPECT_EQ(bench.chip.sent[1], AskFrame(bits));
     EXPECT_EQ(bench.chip.framing[1], bits % 8 * 17);
   }
 }
@@ -155,7 +160,7 @@ TEST(Iso14443ATest, CollisionAtEveryBitInTurnEndsWithTheLastCard) {
   bench.chip.answers.push_back(Complete({kBcc}));
   bench.chip.answers.push_back(Complete({0x08}));
   EXPECT_EQ(bench.Activate(), HFL_SUCCESS);
-  EXPECT_EQ(Bytes(bench.uid.begin(), bench.uid.begin() + 4), Bytes(kUid, kUid + 4));
+  EXPECT_TRUE(bench.HasUid());
   EXPECT_EQ(bench.chip.sent.size(), 34u);
 }
 
@@ -173,17 +178,6 @@ TEST(Iso14443ATest, CollisionsThatAddNoBitEndAfter32Frames) {
   }
 }
 
-TEST(Iso14443ATest, AnswerWithoutBytesLeavesTheKnownPartAlone) {
-  Bench bench;
-  bench.chip.answers = {Collided({0x9C, 0x05}, 3), Collided({}, 3), Complete(RestOfUid(11)),
-                        Complete({0x08})};
-  EXPECT_EQ(bench.Activate(), HFL_SUCCESS);
-  ASSERT_EQ(bench.chip.sent.size(), 4u);
-  EXPECT_EQ(bench.chip.sent[1], Bytes({0x93, 0x33, 0x9C, 0x05}));
-  EXPECT_EQ(bench.chip.sent[2], bench.chip.sent[1]);
-  EXPECT_EQ(Bytes(bench.uid.begin(), bench.uid.begin() + 4), Bytes(kUid, kUid + 4));
-}
-
 TEST(Iso14443ATest, ImpossibleAnswersEndTheLevelWithoutASelect) {
   struct Case {
     std::uint8_t known;
@@ -196,9 +190,7 @@ TEST(Iso14443ATest, ImpossibleAnswersEndTheLevelWithoutASelect) {
         // The four bytes that never came would all be 0 and so match their check byte.
         Case{0, Complete({0}), HFL_CHECK_BYTE}, Case{0, Complete({0, 0, 0, 0}), HFL_CHECK_BYTE},
         Case{0, {0x20, 5, 3, 0, {0, 0, 0, 0, 0}}, HFL_CHECK_BYTE},
-        Case{8, Complete(five), HFL_WRONG_ANSWER_SIZE},
         Case{12, Complete(five), HFL_WRONG_ANSWER_SIZE},
-        Case{12, Complete({}), HFL_WRONG_ANSWER_SIZE},
         Case{12, Collided({}, 3), HFL_WRONG_ANSWER_SIZE},
         Case{31, Complete({0, 0, 0}), HFL_WRONG_ANSWER_SIZE},
         Case{0, Complete(Bytes(6, 0)), HFL_BUFFER_SIZE},
@@ -248,28 +240,23 @@ TEST(Iso14443ATest, CascadeBitLeadsThroughTheLevelsAndNoFurther) {
 }
 
 TEST(Iso14443ATest, FailureAtAHigherLevelKeepsTheLevelsCompleted) {
-  Bench bench;
-  bench.chip.answers = {Complete(RestOfUid(0)), Complete({0x04}), Complete(RestOfUid(0)),
-                        Silence()};
-  EXPECT_EQ(bench.Activate(), HFL_NO_ANSWER);
-  EXPECT_EQ(bench.param.bit_count, 32);
-  EXPECT_EQ(bench.param.sak, 0x04);
-
-  // Going on from there selects level 1 again and runs the anticollision of level 2 alone.
-  bench.chip.sent.clear();
-  bench.chip.answers = {Complete({0x04}), Complete(RestOfUid(0)), Complete({0x00})};
-  EXPECT_EQ(bench.Activate(32), HFL_SUCCESS);
-  EXPECT_EQ(bench.param.bit_count, 64);
-  ASSERT_EQ(bench.chip.sent.size(), 3u);
-  EXPECT_EQ(bench.chip.sent[1], Bytes({0x95, 0x20}));
-}
-
-TEST(Iso14443ATest, SelectAnswerMustBeOneCompleteByte) {
-  for (const ChipAnswer& answer : {Complete({}), ChipAnswer{0x20, 1, 4, 0, {0x08}}}) {
+  // The select answer must be one complete byte.
+  for (const auto& [answer, status] :
+       {std::pair{Silence(), HFL_NO_ANSWER}, std::pair{Complete({}), HFL_WRONG_ANSWER_SIZE},
+        std::pair{ChipAnswer{0x20, 1, 4, 0, {0x08}}, HFL_WRONG_ANSWER_SIZE}}) {
     Bench bench;
-    bench.chip.answers = {answer};
-    EXPECT_EQ(bench.Activate(32), HFL_WRONG_ANSWER_SIZE);
-    EXPECT_EQ(bench.param.sak, 0x55);
+    bench.chip.answers = {Complete(RestOfUid(0)), Complete({0x04}), Complete(RestOfUid(0)), answer};
+    EXPECT_EQ(bench.Activate(), status);
+    EXPECT_EQ(bench.param.bit_count, 32);
+    EXPECT_EQ(bench.param.sak, 0x04);
+
+    // Going on from there selects level 1 again and runs the anticollision of level 2 alone.
+    bench.chip.sent.clear();
+    bench.chip.answers = {Complete({0x04}), Complete(RestOfUid(0)), Complete({0x00})};
+    EXPECT_EQ(bench.Activate(32), HFL_SUCCESS);
+    EXPECT_EQ(bench.param.bit_count, 64);
+    ASSERT_EQ(bench.chip.sent.size(), 3u);
+    EXPECT_EQ(bench.chip.sent[1], Bytes({0x95, 0x20}));
   }
 }
 
@@ -280,10 +267,8 @@ TEST(Iso14443ATest, SelectSendsTheLevelsOfTheBitCount) {
     std::vector<std::uint8_t> codes;
   };
   for (const Case& c :
-       {Case{0, HFL_SUCCESS, {}}, Case{32, HFL_SUCCESS, {0x93}},
-        Case{96, HFL_SUCCESS, {0x93, 0x95, 0x97}}, Case{40, HFL_INVALID_PARAMETER, {}},
-        Case{31, HFL_INVALID_PARAMETER, {}}, Case{128, HFL_INVALID_PARAMETER, {}},
-        Case{224, HFL_INVALID_PARAMETER, {}}}) {
+       {Case{0, HFL_SUCCESS, {}}, Case{31, HFL_INVALID_PARAMETER, {}},
+        Case{96, HFL_SUCCESS, {0x93, 0x95, 0x97}}, Case{128, HFL_INVALID_PARAMETER, {}}}) {
     Bench bench;
     bench.chip.answers.assign(3, Complete({0x08}));
     bench.param.bit_count = c.bit_count;
@@ -326,18 +311,6 @@ HFLSTATUS Operate(Iso14443AInterface& component, int operation, std::uint8_t* at
   return component.Halt(&halt);
 }
 
-TEST(Iso14443ATest, NothingHappensWhileNotReady) {
-  for (int operation = 0; operation < 4; ++operation) {
-    Bench bench;
-    std::uint8_t atqa[2] = {0xA7, 0xA7};
-    bench.component.Init(Iso14443AOpen, &bench.chip, 0);
-    EXPECT_EQ(Operate(bench.component, operation, atqa),
-              operation == 3 ? HFL_NOT_SUPPORTED : HFL_NOT_READY);
-    EXPECT_EQ(bench.chip.accesses, 0);
-    EXPECT_EQ(atqa[0], 0xA7);
-  }
-}
-
 TEST(Iso14443ATest, AnyFailingAccessEndsTheOperationWithItsStatus) {
   const std::deque<ChipAnswer> answers[] = {
       {Complete({0x04, 0x00})},
@@ -364,19 +337,20 @@ TEST(Iso14443ATest, AnyFailingAccessEndsTheOperationWithItsStatus) {
   }
 }
 
-HFLSTATUS RefusingCallback(wait_event_cb_param* event) {
-  return *static_cast<HFLSTATUS*>(event->wait_cb_context);
-}
-
-TEST(Iso14443ATest, EveryOperationUsesTheWaitCallback) {
+TEST(Iso14443ATest, EveryOperationNeedsTheReadyByteAndUsesTheWaitCallback) {
   HFLSTATUS status = 0x0BAD;
   for (int operation = 0; operation < 4; ++operation) {
     Bench bench;
+    std::uint8_t atqa[2] = {0xA7, 0xA7};
+    bench.component.members = 0;
+    EXPECT_EQ(Operate(bench.component, operation, atqa),
+              operation == 3 ? HFL_NOT_SUPPORTED : HFL_NOT_READY);
+    EXPECT_EQ(bench.chip.accesses, 0);
+    EXPECT_EQ(atqa[0], 0xA7);
+    bench.component.members = 1;
     bench.chip.answers = {Complete({})};
-    set_wait_callback_param install{RefusingCallback, &status, bench.garbage};
+    set_wait_callback_param install{GiveUpWaiting, &status, nullptr};
     bench.component.SetWaitCallback(&install);
-    EXPECT_EQ(install.self, bench.garbage);
-    std::uint8_t atqa[2] = {};
     EXPECT_EQ(Operate(bench.component, operation, atqa), 0x0BAD);
   }
 }

@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "contactless/chip_command.h"
 #include "frontend/register_control.h"
 
 namespace vt63x {
@@ -153,6 +154,11 @@ class LowerRecord : RegisterControlUser {
   }
   RegisterControlForwarder record;
 };
+
+// A wait callback that gives up with the status that its context points at.
+inline HFLSTATUS GiveUpWaiting(wait_event_cb_param* event) {
+  return *static_cast<HFLSTATUS*>(event->wait_cb_context);
+}
 
 // Runs `operation` once on registers that `prepare` has given answers, then again for each of its
 // accesses with that one and all later ones failing: it must end there with the failing status.

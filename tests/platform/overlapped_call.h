@@ -1,8 +1,8 @@
 #ifndef VT63X_TESTS_PLATFORM_OVERLAPPED_CALL_H
 #define VT63X_TESTS_PLATFORM_OVERLAPPED_CALL_H
 
-// The record and event of one overlapped operation, and calls made with them. Knows nothing but
-// <windows.h>.
+// The record and event of one overlapped operation, calls made with them, and settings of a port.
+// Knows nothing but <windows.h>.
 
 #include <windows.h>
 
@@ -61,6 +61,15 @@ inline DWORD WritePort(HANDLE port, const std::string& data) {
 // Read time-outs that wait for the first byte; write time-out in ms or 0 for the default.
 inline COMMTIMEOUTS FirstByteWithin(DWORD read_ms, DWORD write_ms = 0) {
   return {MAXDWORD, MAXDWORD, read_ms, 0, write_ms};
+}
+
+inline DCB SettingsWithRate(DWORD bit_rate) {
+  DCB settings{};
+  settings.DCBlength = sizeof(DCB);
+  settings.BaudRate = bit_rate;
+  settings.fBinary = 1;
+  settings.ByteSize = 8;
+  return settings;
 }
 
 }  // namespace vt63x

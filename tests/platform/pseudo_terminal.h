@@ -77,15 +77,6 @@ inline HANDLE OpenPort(const char* name = PseudoTerminal::kPort,
   return CreateFileA(name, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, flags, nullptr);
 }
 
-inline DCB SettingsWithRate(DWORD bit_rate) {
-  DCB settings{};
-  settings.DCBlength = sizeof(DCB);
-  settings.BaudRate = bit_rate;
-  settings.fBinary = 1;
-  settings.ByteSize = 8;
-  return settings;
-}
-
 class Stopwatch {
  public:
   std::int64_t ms() const {

@@ -44,6 +44,8 @@ TEST(TtyOpen, WhatIsNoSerialLineIsRefusedAndNeverWaitedFor) {
       {"/dev/null", ERROR_INVALID_PARAMETER},
   };
   for (const auto& [device, error] : cases) EXPECT_EQ(OpenDeviceError(device), error) << device;
+  EXPECT_EQ(OpenPort("COM17:"), INVALID_HANDLE_VALUE);
+  EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
   std::filesystem::remove_all(folder);
 }
 
@@ -75,9 +77,7 @@ TEST(TtyOpen, OpenPortIsClosedToThisProcessAndToOthersUntilItIsClosed) {
   EXPECT_EQ(WEXITSTATUS(status), static_cast<int>(ERROR_ACCESS_DENIED));
 
   EXPECT_EQ(CloseHandle(port), TRUE);
-  const HANDLE again = OpenPort();
-  EXPECT_NE(again, INVALID_HANDLE_VALUE);
-  EXPECT_EQ(CloseHandle(again), TRUE);
+  EXPECT_EQ(OpenDeviceError(line.device()), ERROR_SUCCESS);
 }
 
 TEST(TtyOpen, StaleInputIsThrownAwayAndTheRateIsKept) {
@@ -97,7 +97,7 @@ TEST(TtyOpen, StaleInputIsThrownAwayAndTheRateIsKept) {
 TEST(TtySettings, EveryRateReachesTheLineAndLeavesTheDriversTimeOut) {
   PseudoTerminal line;
   const HANDLE port = OpenPort();
-  for (const DWORD rate : {9600u, 14400u, 19200u, 38400u, 57600u, 115200u, 128000u, 256000u}) {
+  for (const DWORD rate : {1u, 9600u, 14400u, 115200u, 4000000u, 256000u}) {
     DCB settings = SettingsWithRate(rate);
     EXPECT_EQ(ErrorOf(SetCommState(port, &settings)), ERROR_SUCCESS) << rate;
     const termios2 set = line.Settings();
@@ -121,10 +121,6 @@ TEST(TtySettings, LineWithoutModemLinesReadsAsOff) {
   EXPECT_EQ(GetCommModemStatus(port, &status), TRUE);
   EXPECT_EQ(status, 0u);
   EXPECT_EQ(SetCommMask(port, EV_RING), TRUE);
-  OverlappedCall call;
-  DWORD events = 0;
-  EXPECT_EQ(ErrorOf(WaitCommEvent(port, &events, &call.record)), ERROR_IO_PENDING);
-  EXPECT_EQ(call.Wait(20), WAIT_TIMEOUT);
   CloseHandle(port);
 }
 

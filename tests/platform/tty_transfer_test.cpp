@@ -39,20 +39,6 @@ TEST_F(TtyTransfer, EveryByteValuePassesUnchangedBothWays) {
   EXPECT_EQ(ReadPort(port, 256).data, all);
 }
 
-TEST_F(TtyTransfer, ReadTakesWhatIsThereAndLeavesTheRest) {
-  line.Send("abc");
-  EXPECT_EQ(ReadPort(port, 1).data, "a");
-  EXPECT_EQ(ReadPort(port, 10).data, "bc");
-}
-
-TEST_F(TtyTransfer, WaitingReadGetsAByteThatComesLater) {
-  std::future<ReadOutcome> read = std::async(std::launch::async, [&] { return ReadPort(port, 1); });
-  line.Send("x");
-  const ReadOutcome outcome = read.get();
-  EXPECT_EQ(outcome.error, ERROR_SUCCESS);
-  EXPECT_EQ(outcome.data, "x");
-}
-
 TEST_F(TtyTransfer, EmptyReadEndsAtItsTimeOutAndNotBefore) {
   // Below, at and above what the driver waits itself.
   for (const DWORD limit : {1u, 50u, 100u, 250u}) {
@@ -114,13 +100,6 @@ TEST_F(TtyTransfer, WaitThatEndsBeforeTheReadLosesNothing) {
   EXPECT_EQ(call.Wait(0), WAIT_OBJECT_0);
 }
 
-TEST_F(TtyTransfer, LongReadIsNotCutAtAnInnerBuffer) {
-  const std::string sent(3000, 'y');
-  line.Send(sent);
-  SetTimeouts({0, 0, 20'000, 0, 0});
-  EXPECT_EQ(ReadPort(port, 3000).data, sent);
-}
-
 TEST_F(TtyTransfer, PurgeThrowsAwayWhatArrived) {
   line.Send("stale");
   EXPECT_EQ(PurgeComm(port, PURGE_RXCLEAR | PURGE_TXCLEAR), TRUE);
@@ -150,22 +129,9 @@ TEST_F(TtyTransfer, WriteToALineThatTakesNothingEnds) {
   EXPECT_LT(call.bytes, 1'000'000u);
 }
 
-TEST_F(TtyTransfer, HungUpLineFailsEveryCallAtOnce) {
-  line.HangUp();
-  EXPECT_EQ(ReadPort(port, 1).error, ERROR_DEVICE_NOT_CONNECTED);
-  DWORD status = 0;
-  DCB settings = SettingsWithRate(9600);
-  COMMTIMEOUTS timeouts = FirstByteWithin(500);
-  EXPECT_EQ(WritePort(port, "x"), ERROR_DEVICE_NOT_CONNECTED);
-  EXPECT_EQ(ErrorOf(GetCommModemStatus(port, &status)), ERROR_DEVICE_NOT_CONNECTED);
-  EXPECT_EQ(ErrorOf(SetCommState(port, &settings)), ERROR_DEVICE_NOT_CONNECTED);
-  EXPECT_EQ(ErrorOf(SetCommTimeouts(port, &timeouts)), ERROR_DEVICE_NOT_CONNECTED);
-  EXPECT_EQ(ErrorOf(PurgeComm(port, PURGE_RXCLEAR)), ERROR_DEVICE_NOT_CONNECTED);
-  EXPECT_EQ(ErrorOf(SetCommMask(port, EV_RING)), ERROR_DEVICE_NOT_CONNECTED);
-}
-
-TEST_F(TtyTransfer, EachCallFindsTheHangUpByItself) {
+TEST(TtyHangUp, EachCallFindsItByItselfAndAllLaterOnesFail) {
   const std::pair<const char*, DWORD (*)(HANDLE)> calls[] = {
+      {"read", [](HANDLE p) { return ReadPort(p, 1).error; }},
       {"write", [](HANDLE p) { return WritePort(p, "x"); }},
       {"read that is only looked at",
        [](HANDLE p) {
@@ -190,11 +156,13 @@ TEST_F(TtyTransfer, EachCallFindsTheHangUpByItself) {
        }},
   };
   for (const auto& [name, call] : calls) {
-    PseudoTerminal other;
-    const HANDLE other_port = OpenPort();
-    other.HangUp();
-    EXPECT_EQ(call(other_port), ERROR_DEVICE_NOT_CONNECTED) << name;
-    CloseHandle(other_port);
+    PseudoTerminal line;
+    const HANDLE port = OpenPort();
+    line.HangUp();
+    EXPECT_EQ(call(port), ERROR_DEVICE_NOT_CONNECTED) << name;
+    COMMTIMEOUTS timeouts = FirstByteWithin(500);
+    EXPECT_EQ(ErrorOf(SetCommTimeouts(port, &timeouts)), ERROR_DEVICE_NOT_CONNECTED) << name;
+    CloseHandle(port);
   }
 }
 
@@ -215,10 +183,9 @@ TEST_F(TtyTransfer, HangUpEndsAWaitingReadAndAWaitingWrite) {
 TEST_F(TtyTransfer, ClosingBreaksOffAWaitingReadAndFreesTheDeviceAtOnce) {
   SetTimeouts(FirstByteWithin(60'000));
   const Stopwatch watch;
-  const HANDLE other = port;
   OverlappedCall call;
   char byte = 0;
-  EXPECT_EQ(ErrorOf(ReadFile(other, &byte, 1, nullptr, &call.record)), ERROR_IO_PENDING);
+  EXPECT_EQ(ErrorOf(ReadFile(port, &byte, 1, nullptr, &call.record)), ERROR_IO_PENDING);
   std::future<DWORD> wait = std::async(std::launch::async, [&] { return call.Wait(); });
   EXPECT_EQ(CloseHandle(port), TRUE);
   EXPECT_EQ(wait.get(), WAIT_OBJECT_0);

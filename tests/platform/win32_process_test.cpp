@@ -14,13 +14,16 @@ LONGLONG Milliseconds() {
   return count.QuadPart / (frequency.QuadPart / 1000);
 }
 
-TEST(Win32Time, SleepIsNotCutShort) {
+TEST(Win32Time, SleepAndWaitAreNotCutShort) {
+  const HANDLE event = CreateEventA(nullptr, TRUE, FALSE, nullptr);
   const LONGLONG start = Milliseconds();
   Sleep(0);
   Sleep(25);
-  const LONGLONG slept = Milliseconds() - start;
-  EXPECT_GE(slept, 24);
-  EXPECT_LT(slept, 5000);
+  EXPECT_GE(Milliseconds() - start, 24);
+  EXPECT_EQ(WaitForSingleObject(event, 30), DWORD{WAIT_TIMEOUT});
+  EXPECT_GE(Milliseconds() - start, 54);
+  EXPECT_LT(Milliseconds() - start, 5000);
+  CloseHandle(event);
 }
 
 TEST(Win32Directory, CopiesOnlyWhatFitsAndSaysWhatIsNeeded) {

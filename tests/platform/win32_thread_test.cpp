@@ -3,10 +3,8 @@
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <future>
-#include <memory>
-#include <mutex>
+#include <list>
 #include <string>
 #include <vector>
 
@@ -23,36 +21,15 @@ DWORD ExitCode(HANDLE thread) {
   return code;
 }
 
-// Opens once; threads wait for it.
-class Gate {
- public:
-  void Open() {
-    const std::lock_guard lock(mutex_);
-    open_ = true;
-    changed_.notify_all();
-  }
-
-  // False when it has not opened within half a minute.
-  bool Await() {
-    std::unique_lock lock(mutex_);
-    return changed_.wait_for(lock, std::chrono::seconds(30), [this] { return open_; });
-  }
-
- private:
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  bool open_ = false;
-};
-
 // Runs until the test lets it go.
 struct Held {
-  Gate go;
+  std::promise<void> go;
   std::atomic<int> passed{0};
 };
 
 DWORD WINAPI RunHeld(void* parameter) {
   auto* held = static_cast<Held*>(parameter);
-  held->go.Await();
+  held->go.get_future().wait();
   ++held->passed;
   return 42;
 }
@@ -64,7 +41,7 @@ TEST(Win32Thread, IsActiveUntilItReturnsItsCode) {
   EXPECT_EQ(WaitForSingleObject(thread, 0), DWORD{WAIT_TIMEOUT});
   EXPECT_EQ(WaitForSingleObject(thread, 20), DWORD{WAIT_TIMEOUT});
   EXPECT_EQ(ExitCode(thread), DWORD{STILL_ACTIVE});
-  held.go.Open();
+  held.go.set_value();
   EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
   EXPECT_EQ(ExitCode(thread), 42u);
   EXPECT_EQ(held.passed, 1);
@@ -94,24 +71,23 @@ TEST(Win32Thread, ExitThreadGivesItsCodeAndRunsNothingAfterIt) {
 
 TEST(Win32Thread, OutlivesItsClosedHandle) {
   struct Gates {
-    Gate go;
-    Gate done;
+    std::promise<void> go;
+    std::promise<void> done;
   };
-  const auto gates = std::make_shared<Gates>();
-  auto* const threads_share = new std::shared_ptr<Gates>(gates);
+  static std::list<Gates> every_run;  // its thread may still be inside its gates afterwards
+  Gates& gates = every_run.emplace_back();
   const HANDLE thread = Start(
       [](void* parameter) -> DWORD {
-        const std::unique_ptr<std::shared_ptr<Gates>> share(
-            static_cast<std::shared_ptr<Gates>*>(parameter));
-        (*share)->go.Await();
-        (*share)->done.Open();
+        auto* const own = static_cast<Gates*>(parameter);
+        own->go.get_future().wait();
+        own->done.set_value();
         return 0;
       },
-      threads_share);
+      &gates);
   ASSERT_NE(thread, nullptr);
   EXPECT_EQ(CloseHandle(thread), TRUE);
-  gates->go.Open();
-  EXPECT_TRUE(gates->done.Await());
+  gates.go.set_value();
+  EXPECT_EQ(gates.done.get_future().wait_for(std::chrono::seconds(30)), std::future_status::ready);
 }
 
 TEST(Win32Thread, ManyWaitForOne) {
@@ -122,7 +98,7 @@ TEST(Win32Thread, ManyWaitForOne) {
     waits.push_back(
         std::async(std::launch::async, [=] { return WaitForSingleObject(thread, INFINITE); }));
   }
-  held.go.Open();
+  held.go.set_value();
   for (std::future<DWORD>& wait : waits) EXPECT_EQ(wait.get(), WAIT_OBJECT_0);
   CloseHandle(thread);
 }

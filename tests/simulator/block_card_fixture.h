@@ -10,14 +10,13 @@
 
 namespace vt63x {
 
-inline constexpr Key kKey = {0x3C, 0x9A, 0x5E, 0x71, 0xB2, 0xD4};
-inline constexpr Key kKeyBytesB = {0xB0, 0xB1, 0xB2, 0xB3, 0xB4, 0xB5};
+inline constexpr Key kOtherKey = {0xB0, 0xB1, 0xB2, 0xB3, 0xB4, 0xB5};
 
 // A block card alone in the field, and what a reader does with it.
-class BlockCardTest : public testing::Test {
+class BlockCardTest : public testing::Test, protected ReaderBench {
  protected:
   explicit BlockCardTest(const char* name = "01020304")
-      : card(static_cast<BlockCard*>(chip.field().Add(CardNamed(name)))) {}
+      : ReaderBench({name}), card(static_cast<BlockCard*>(field.cards()[0].get())) {}
 
   // From anywhere: selected, and the key accepted.
   bool Open(std::uint8_t block, const Key& key = kKey, std::uint8_t command = 0x60) {
@@ -46,13 +45,11 @@ class BlockCardTest : public testing::Test {
       trailer.push_back(static_cast<std::uint8_t>(byte));
     }
     trailer.push_back(0x69);
-    trailer.insert(trailer.end(), kKeyBytesB.begin(), kKeyBytesB.end());
+    trailer.insert(trailer.end(), kOtherKey.begin(), kOtherKey.end());
     return trailer;
   }
 
-  Chip chip;
   BlockCard* card;
-  TestReader reader{chip};
   const Bytes data = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
 };
 

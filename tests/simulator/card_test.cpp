@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
+#include <utility>
 #include <vector>
 
 #include "test_reader.h"
@@ -15,23 +15,17 @@ using State = Card::State;
 AirFrame Short(std::uint8_t code) { return AirFrame::OfBits(code, 7); }
 AirFrame WithCrc(const Bytes& bytes) { return AirFrame::WithCrcA(bytes); }
 
-// What a reader may send to the card 01020304, whose check byte is 04.
-struct Sent {
-  const char* name;
-  AirFrame frame;
-};
-
 AirFrame WrongParity(AirFrame frame) {
   frame.parity_ok = false;
   return frame;
 }
-
 AirFrame Enciphered(AirFrame frame) {
   frame.enciphered = true;
   return frame;
 }
 
-std::vector<Sent> Frames() {
+// What a reader may send to the card 01020304, whose check byte is 04.
+std::vector<std::pair<const char*, AirFrame>> Frames() {
   return {
       {"REQA", Short(0x26)},
       {"WUPA", Short(0x52)},
@@ -81,25 +75,15 @@ TEST(CardStates, EveryFrameLeadsWhereItShould) {
   };
   for (const Row& row : rows) {
     std::size_t column = 0;
-    for (const Sent& sent : Frames()) {
+    for (const auto& [name, frame] : Frames()) {
       const auto card = CardNamed("01020304:plain");
       Lead(*card, row.state, row.starred);
-      const bool answered = card->OnFrame(sent.frame).has_value();
+      const bool answered = card->OnFrame(frame).has_value();
       const char letter = "irah"[static_cast<std::size_t>(card->state())];
       EXPECT_EQ(answered ? static_cast<char>(letter - 'a' + 'A') : letter, row.next[column++])
-          << sent.name << " in " << StateName(row.state, row.starred);
+          << name << " in " << StateName(row.state, row.starred);
     }
   }
-}
-
-TEST(CardStates, CardWokenFromHaltStaysStarredUntilItFallsBack) {
-  const auto card = CardNamed("01020304:plain");
-  Lead(*card, State::kActive, true);
-  EXPECT_STREQ(StateName(card->state(), card->starred()), "active*");
-  card->OnFrame(WithCrc({0x77}));
-  EXPECT_STREQ(StateName(card->state(), card->starred()), "halt");
-  card->PowerOff();
-  EXPECT_EQ(card->state(), State::kIdle);
 }
 
 // Every count of known bits, answered with exactly the others.
@@ -148,34 +132,10 @@ TEST(CardLevels, EachSizeShowsItsLevelsAndItsSize) {
            Case{"01020304050607", 0x44, {0x88, 1, 2, 3, 4, 5, 6, 7}},
            Case{"0102030405060708090A", 0x84, {0x88, 1, 2, 3, 0x88, 4, 5, 6, 7, 8, 9, 10}},
        }) {
-    Chip chip;
-    chip.field().Add(CardNamed(c.uid));
-    TestReader reader(chip);
-    EXPECT_TRUE(reader.Request().Is({c.atqa, 0x00}));
-    reader.Request();  // unexpected, and so the way back to idle
-    EXPECT_EQ(reader.Activate(), c.levels);
-    EXPECT_EQ(chip.field().cards()[0]->identifier().Text(), c.uid);
-  }
-}
-
-TEST(CardIdentifier, WrongTextsAreRefusedWithAReason) {
-  struct Case {
-    const char* text;
-    const char* reason;
-  };
-  for (const Case& c : {
-           Case{"", "has 0 digits"},
-           Case{"0102030", "has 7 digits"},
-           Case{"010203040", "has 9 digits"},
-           Case{"0102030405060708090A0B", "has 22 digits"},
-           Case{"0102030G", "hexadecimal"},
-           Case{" 1020304", "hexadecimal"},
-           Case{"88020304", "cascade tag"},
-           Case{"01020388050607", "cascade tag"},
-       }) {
-    std::string error;
-    EXPECT_FALSE(CardIdentifier::Parse(c.text, error)) << c.text;
-    EXPECT_NE(error.find(c.reason), std::string::npos) << error;
+    ReaderBench bench({c.uid});
+    EXPECT_TRUE(bench.reader.Request().Is({c.atqa, 0x00}));
+    bench.reader.Request();  // unexpected, and so the way back to idle
+    EXPECT_EQ(bench.reader.Activate(), c.levels);
   }
 }
 

@@ -1,29 +1,19 @@
+// The chip's registers, its FIFO and its interrupt requests.
+
 #include "simulator/chip.h"
 
 #include <gtest/gtest.h>
 
 #include <vector>
 
-#include "simulator/serial_port.h"
-
 namespace vt63x {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-Bytes BytesOf(const LineAnswer& answer) {
-  return {answer.bytes.begin(), answer.bytes.begin() + static_cast<std::ptrdiff_t>(answer.count)};
-}
-
-TEST(Chip, StartsAt9600BpsWithItsVersion) {
+TEST(Chip, StartsAt9600BpsWithAVersionThatTakesWritesAndKeepsItsValue) {
   Chip chip;
-  EXPECT_EQ(chip.Read(0x37), 0x91);
-  EXPECT_EQ(chip.Read(0x1F), 0xEB);
   EXPECT_TRUE(RatesMatch(chip.SerialRate(), 9600));
-}
-
-TEST(Chip, VersionTakesWritesAndKeepsItsValue) {
-  Chip chip;
   chip.Write(0x37, 0x55);
   EXPECT_EQ(chip.Read(0x37), 0x91);
   chip.Preset(0x37, 0x92);
@@ -33,7 +23,6 @@ TEST(Chip, VersionTakesWritesAndKeepsItsValue) {
 TEST(Chip, NothingLiesBehindTheLastRegister) {
   Chip chip;
   chip.Write(0x3F, 0xA5);
-  EXPECT_EQ(chip.Read(0x3F), 0xA5);
   for (unsigned address = 0x40; address < 0x100; ++address) {
     const auto behind = static_cast<std::uint8_t>(address);
     chip.Write(behind, 0xFF);
@@ -44,64 +33,87 @@ TEST(Chip, NothingLiesBehindTheLastRegister) {
   EXPECT_EQ(chip.Read(0x00), 0);
 }
 
-class SerialPortTest : public testing::Test {
- protected:
-  Bytes Send(const Bytes& bytes) {
-    Bytes answers;
-    for (const std::uint8_t byte : bytes) {
-      const Bytes answer = BytesOf(port.OnByte(byte));
-      answers.insert(answers.end(), answer.begin(), answer.end());
-    }
-    return answers;
-  }
-
+TEST(ChipFifo, HoldsSixtyFourBytesAndReportsTheNext) {
   Chip chip;
-  ChipSerialPort port{chip};
+  for (unsigned byte = 0; byte < 64; ++byte) {
+    chip.Write(0x09, static_cast<std::uint8_t>(byte + 1));
+    ASSERT_EQ(chip.Read(0x0A), byte + 1);
+  }
+  EXPECT_EQ(chip.Read(0x06), 0);
+  chip.Write(0x09, 0xFF);
+  EXPECT_EQ(chip.Read(0x06), 0x10);
+  EXPECT_NE(chip.Read(0x04) & 0x02, 0);
+  EXPECT_EQ(chip.Read(0x0A), 64);
+  for (unsigned byte = 0; byte < 64; ++byte) ASSERT_EQ(chip.Read(0x09), byte + 1);
+  EXPECT_EQ(chip.Read(0x09), 0);  // empty
+  EXPECT_EQ(chip.Read(0x0A), 0);
+  chip.Write(0x09, 0x01);
+  chip.Write(0x0A, 0x7F);
+  EXPECT_EQ(chip.Read(0x06), 0x10);  // that was no flush
+  chip.Write(0x0A, 0x80);
+  EXPECT_EQ(chip.Read(0x06), 0);
+  EXPECT_EQ(chip.Read(0x0A), 0);
+}
+
+TEST(ChipFifo, AlertsFollowTheWaterLevelAndAreRequestedOnce) {
+  Chip chip;
+  chip.Write(0x0B, 3);
+  struct Step {
+    int added;
+    std::uint8_t alerts, high_request;
+  };
+  for (const Step& step : {Step{3, 1, 0}, {1, 0, 0}, {56, 0, 0}, {1, 2, 8}}) {
+    for (int count = 0; count < step.added; ++count) chip.Write(0x09, 0);
+    EXPECT_EQ(chip.Read(0x07) & 0x03, step.alerts) << step.added;
+    EXPECT_EQ(chip.Read(0x04) & 0x08, step.high_request) << step.added;
+  }
+  chip.Write(0x04, 0x0C);
+  chip.Write(0x09, 0);
+  EXPECT_EQ(chip.Read(0x04) & 0x0C, 0x00);  // the alert was there before
+  chip.Write(0x0A, 0x80);
+  EXPECT_EQ(chip.Read(0x04) & 0x0C, 0x04);
+}
+
+struct WriteAndRead {
+  std::uint8_t written, read;
 };
 
-TEST_F(SerialPortTest, ReadGivesTheValueAndWriteTheAddress) {
-  EXPECT_EQ(Send({0xB7}), Bytes({0x91}));
-  EXPECT_EQ(Send({0x15}), Bytes());
-  EXPECT_EQ(Send({0x0F}), Bytes({0x15}));
-  EXPECT_EQ(Send({0x95}), Bytes({0x0F}));
-  EXPECT_EQ(Send({0x7F, 0x12, 0xFF}), Bytes({0x7F, 0x00}));
-  EXPECT_EQ(port.reads(), 3u);
-  EXPECT_EQ(port.writes(), 2u);
+TEST(ChipRequests, WritesSetOrClearTheMarkedBitsAlone) {
+  for (const std::uint8_t address : Bytes{0x04, 0x05}) {
+    Chip chip;
+    for (const auto& [written, read] :
+         {WriteAndRead{0x7F, 0x00}, {0x80 | 0x35, 0x35}, {0x80 | 0x02, 0x37}, {0x21, 0x16}}) {
+      chip.Write(address, written);
+      EXPECT_EQ(chip.Read(address), read);
+    }
+  }
 }
 
-TEST_F(SerialPortTest, DataOfAWriteMayLookLikeARead) {
-  EXPECT_EQ(Send({0x02, 0xB7, 0x82}), Bytes({0x02, 0xB7}));
+TEST(ChipRequests, PendingShowsOnlyWhatIsEnabled) {
+  Chip chip;
+  chip.Write(0x04, 0x7F);
+  chip.Write(0x04, 0x80 | 0x20);
+  EXPECT_EQ(chip.Read(0x07) & 0x10, 0x00);
+  chip.Write(0x02, 0x20);
+  EXPECT_EQ(chip.Read(0x07) & 0x10, 0x10);
+  chip.Write(0x04, 0x20);
+  EXPECT_EQ(chip.Read(0x07) & 0x10, 0x00);
 }
 
-// What a host sees that lost one byte: the chip takes the next address for data.
-TEST_F(SerialPortTest, LostByteShiftsTheFollowingAccesses) {
-  EXPECT_EQ(Send({0x01, /* data lost, next write: */ 0x02, 0x55}), Bytes({0x01}));
-  EXPECT_EQ(Send({0xB7}), Bytes({0x55}));  // in step again after one access
-  EXPECT_EQ(chip.Read(0x01), 0x02);
-  EXPECT_EQ(chip.Read(0x55), 0);
-}
-
-TEST_F(SerialPortTest, EchoOfASpeedChangeLeavesAtTheOldRate) {
-  Send({0x1F});
-  const LineAnswer echo = port.OnByte(0x79);
-  EXPECT_EQ(BytesOf(echo), Bytes({0x1F}));
-  EXPECT_TRUE(RatesMatch(echo.rate, 9600));
-  EXPECT_TRUE(RatesMatch(port.BitRate(), 115200));
-  EXPECT_TRUE(RatesMatch(port.OnByte(0xB7).rate, 115200));
-}
-
-TEST_F(SerialPortTest, AnswerNamesTheAccessItBelongsTo) {
-  EXPECT_FALSE(port.OnByte(0x01).access);
-  const auto write = port.OnByte(0x22).access;
-  const auto read = port.OnByte(0x81).access;
-  ASSERT_TRUE(write && read);
-  EXPECT_EQ(write->number, 1u);
-  EXPECT_TRUE(write->is_write);
-  EXPECT_EQ(write->value, 0x22);
-  EXPECT_EQ(read->number, 2u);
-  EXPECT_FALSE(read->is_write);
-  EXPECT_EQ(read->address, 0x01);
-  EXPECT_EQ(read->value, 0x22);
+TEST(ChipStatus, ErrorsAndSessionCanBeClearedAndNotMade) {
+  Chip chip;
+  chip.Preset(0x06, 0x8C);
+  for (const auto& [written, read] : {WriteAndRead{0x0F, 0x0C}, {0x00, 0x00}, {0xFF, 0x00}}) {
+    chip.Write(0x06, written);
+    EXPECT_EQ(chip.Read(0x06), read);
+  }
+  chip.Write(0x08, 0xFF);
+  EXPECT_EQ(chip.Read(0x08) & 0x08, 0x00);
+  chip.Preset(0x08, 0x08);
+  for (const auto& [written, read] : {WriteAndRead{0x08, 0x08}, {0x00, 0x00}}) {
+    chip.Write(0x08, written);
+    EXPECT_EQ(chip.Read(0x08), read);
+  }
 }
 
 }  // namespace

@@ -14,19 +14,19 @@ class SetClock final : public ChipClock {
   std::int64_t now_ns = 0;
 };
 
-// 24 steps of 15 periods: 360 periods of 13.56 MHz are 26.5487 microseconds.
 class ChipTimerTest : public testing::Test {
  protected:
   ChipTimerTest() {
     chip.Write(0x14, 0x83);
     chip.Write(0x01, 0x00);
-    chip.Write(0x2B, 0x07);
-    chip.Write(0x2C, 0x00);
-    chip.Write(0x2D, 23);
   }
-  // A transmission that nobody answers.
-  void Send(std::uint8_t timer_mode) {
+  // A transmission; by default the timer takes 24 steps of 15 periods of 13.56 MHz.
+  void Send(std::uint8_t timer_mode, std::uint8_t prescaler = 7, std::uint8_t reload_high = 0,
+            std::uint8_t reload_low = 23) {
     chip.Write(0x2A, timer_mode);
+    chip.Write(0x2B, prescaler);
+    chip.Write(0x2C, reload_high);
+    chip.Write(0x2D, reload_low);
     chip.Write(0x04, 0x7F);
     chip.Write(0x09, 0x26);
     chip.Write(0x01, 0x0C);
@@ -71,29 +71,20 @@ TEST_F(ChipTimerTest, WithAutomaticRestartItExpiresAgain) {
   }
 }
 
-TEST_F(ChipTimerTest, WithoutAutomaticStartItDoesNotRun) {
-  Send(0x00);
-  EXPECT_FALSE(Running());
-  clock.now_ns += 10 * kDurationNs;
-  EXPECT_FALSE(Expired());
-}
-
-TEST_F(ChipTimerTest, AnswerStopsIt) {
-  chip.field().Add(CardNamed("01020304"));
-  Send(0x80);
-  EXPECT_FALSE(Running());
-  clock.now_ns += 10 * kDurationNs;
-  EXPECT_FALSE(Expired());
+TEST_F(ChipTimerTest, WithoutAutomaticStartOrAfterAnAnswerItDoesNotRun) {
+  for (const bool answered : {false, true}) {
+    if (answered) chip.field().Add(CardNamed("01020304"));
+    Send(answered ? 0x80 : 0x00);
+    EXPECT_FALSE(Running());
+    clock.now_ns += 10 * kDurationNs;
+    EXPECT_FALSE(Expired());
+  }
 }
 
 TEST_F(ChipTimerTest, LongestSettingIsCountedInFull) {
-  chip.Write(0x2B, 0xFF);
-  chip.Write(0x2C, 0xFF);
-  chip.Write(0x2D, 0xFF);
-  Send(0x8F);
+  Send(0x8F, 0xFF, 0xFF, 0xFF);
   EXPECT_EQ(chip.Read(0x2E), 0xFF);
-  constexpr std::int64_t kLongestNs = 39'587'417'109;  // 8191 * 65536 periods
-  clock.now_ns = kLongestNs;
+  clock.now_ns = 39'587'417'109;  // 8191 * 65536 periods
   EXPECT_FALSE(Expired());
   ++clock.now_ns;
   EXPECT_TRUE(Expired());
@@ -101,17 +92,13 @@ TEST_F(ChipTimerTest, LongestSettingIsCountedInFull) {
 
 // Time passes with the accesses: 100 ms at 9600 bps are about 48 reads.
 TEST(LineTime, PollingEndsAfterWhatItWouldTakeOnTheLine) {
-  Chip chip;
-  TestReader reader(chip);
-  chip.Write(0x2A, 0x82);
-  chip.Write(0x2B, 0xA6);
-  chip.Write(0x2C, 0x03);
-  chip.Write(0x2D, 0xE8);
-  chip.Write(0x01, 0x0C);
-  reader.Load({0x26});
-  chip.Write(0x0D, 0x87);
+  ReaderBench bench;
+  std::uint8_t address = 0x2A;
+  for (const std::uint8_t value : Bytes{0x82, 0xA6, 0x03, 0xE8}) bench.chip.Write(address++, value);
+  bench.reader.Load({});
+  bench.chip.Write(0x01, 0x08);
   int polls = 0;
-  while ((chip.Read(0x04) & 0x21) == 0 && polls < 1000) ++polls;
+  while ((bench.chip.Read(0x04) & 0x21) == 0 && polls < 1000) ++polls;
   EXPECT_GE(polls, 46);
   EXPECT_LE(polls, 49);
 }

@@ -8,34 +8,31 @@ namespace vt63x {
 namespace {
 
 TEST(FieldCommand, CardsComeAndGo) {
-  Chip chip;
-  TestReader reader(chip);
-  Field& field = chip.field();
-  EXPECT_TRUE(reader.Request().timeout);
+  ReaderBench bench;
+  auto& [chip, field, reader] = bench;
   EXPECT_EQ(RunFieldCommand(field, "card add 01020304"), "ok\n");
   EXPECT_EQ(RunFieldCommand(field, "  card add\t01020304050607:plain \r"), "ok\n");
   ASSERT_EQ(reader.Activate(), Bytes({1, 2, 3, 4}));  // 1 wins over 0 in the first bit
+  EXPECT_TRUE(reader.Halt());
+  ASSERT_EQ(reader.Activate(0x52), Bytes({1, 2, 3, 4}));
   EXPECT_EQ(RunFieldCommand(field, "field list"),
-            "01020304 ostrel64 active\n01020304050607 plain idle\nok\n");
+            "01020304 ostrel64 active*\n01020304050607 plain idle\nok\n");
   EXPECT_EQ(RunFieldCommand(field, "card remove 01020304"), "ok\n");
   EXPECT_TRUE(reader.Transceive({0x30, 0x00}).timeout);
   EXPECT_EQ(reader.Activate(), Bytes({0x88, 1, 2, 3, 4, 5, 6, 7}));
-  EXPECT_EQ(RunFieldCommand(field, "card remove 01020304050607"), "ok\n");
-  EXPECT_EQ(RunFieldCommand(field, "field list"), "ok\n");
-  EXPECT_TRUE(reader.Request().timeout);
+  EXPECT_EQ(RunFieldCommand(field, "card add 01020304"), "ok\n");
 }
 
 TEST(FieldCommand, FaultsAreSetAndTakenBack) {
-  Chip chip;
-  TestReader reader(chip);
-  chip.field().Add(CardNamed("01020304"));
-  EXPECT_EQ(RunFieldCommand(chip.field(), "air lost@1+1"), "ok\n");
+  ReaderBench bench({"01020304"});
+  auto& [chip, field, reader] = bench;
+  EXPECT_EQ(RunFieldCommand(field, "air lost@1+1"), "ok\n");
   EXPECT_TRUE(reader.Request().timeout);
   reader.Request();  // back to idle
-  EXPECT_EQ(RunFieldCommand(chip.field(), "air short"), "ok\n");
+  EXPECT_EQ(RunFieldCommand(field, "air short"), "ok\n");
   EXPECT_EQ(reader.Request().bytes, Bytes({0x04}));
   reader.Request();
-  EXPECT_EQ(RunFieldCommand(chip.field(), "air none"), "ok\n");
+  EXPECT_EQ(RunFieldCommand(field, "air none"), "ok\n");
   EXPECT_TRUE(reader.Request().Is({0x04, 0x00}));
 }
 

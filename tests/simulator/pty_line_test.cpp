@@ -6,7 +6,6 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <chrono>
 #include <string>
 #include <thread>
@@ -37,9 +36,9 @@ bool Eventually(Condition condition) {
 // A program with the line open, which relies on the settings it finds.
 class Client {
  public:
-  explicit Client(const std::string& path) : fd_(::open(path.c_str(), O_RDWR | O_NOCTTY)) {}
-
-  bool is_open() const { return static_cast<bool>(fd_); }
+  explicit Client(const std::string& path) : fd_(::open(path.c_str(), O_RDWR | O_NOCTTY)) {
+    EXPECT_TRUE(fd_);
+  }
 
   void SetRate(speed_t speed) {
     termios settings;
@@ -51,7 +50,8 @@ class Client {
     ASSERT_EQ(::write(fd_.get(), bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
   }
   // Exactly `count` bytes, fewer when the line goes away or nothing comes.
-  Bytes Receive(std::size_t count) {
+  Bytes Ask(const Bytes& request, std::size_t count) {
+    Send(request);
     Bytes bytes;
     while (bytes.size() < count) {
       pollfd polled{fd_.get(), POLLIN, 0};
@@ -70,25 +70,19 @@ class Client {
     ::ioctl(fd_.get(), FIONREAD, &count);
     return count;
   }
-  Bytes Ask(const Bytes& bytes, std::size_t count) {
-    Send(bytes);
-    return Receive(count);
-  }
 
  private:
   UniqueFd fd_;
 };
 
-PtyServer::Options WithFault(const std::string& text, bool pace = false) {
+PtyServer::Options WithFaults(const std::vector<std::string>& texts) {
   std::string error;
-  const auto fault = ParseFault(text, error);
-  EXPECT_TRUE(fault) << error;
   PtyServer::Options options;
-  options.pace = pace;
-  if (fault) options.faults.push_back(*fault);
+  for (const std::string& text : texts) options.faults.push_back(*ParseFault(text, error));
   return options;
 }
 
+// Also those that terminals change, echo or take for commands.
 TEST(PtyLine, EveryByteCrossesTheLineUnchanged) {
   PtyServer server;
   ASSERT_EQ(server.error(), "");
@@ -128,37 +122,20 @@ TEST(PtyLine, NextClientFindsNothingOfTheLastOne) {
   for (int round = 0; round < 50; ++round) {
     {
       Client first(server.path());
-      ASSERT_TRUE(first.is_open());
       ASSERT_EQ(first.Ask({0xB7, 0xB7}, 1), Bytes({0x91}));
       ASSERT_TRUE(Eventually([&] { return first.Waiting() == 1; }));
     }
     Client second(server.path());
-    ASSERT_TRUE(second.is_open());
     ASSERT_TRUE(Eventually([&] { return second.Waiting() == 0; }));
     ASSERT_EQ(second.Ask({0x9F}, 1), Bytes({0xEB})) << round;
   }
 }
 
 TEST(PtyLine, LateAnswerToAClosedClientIsNotTheNextOnes) {
-  PtyServer server(WithFault("delay=300@1+1"));
-  {
-    Client first(server.path());
-    first.Send({0xB7});
-    ASSERT_TRUE(Eventually([&] { return server.reads() == 1; }));
-  }
-  Client second(server.path());
-  EXPECT_EQ(second.Ask({0x9F}, 1), Bytes({0xEB}));
-}
-
-TEST(PtyLine, AnswersLeftUnreadGoWithTheirClient) {
-  PtyServer server;
-  {
-    Client first(server.path());
-    first.Send({0xB7});
-    ASSERT_TRUE(Eventually([&] { return first.Waiting() == 1; }));
-  }
-  server.Stop();
-  EXPECT_EQ(Client(server.path()).Waiting(), 0);
+  PtyServer server(WithFaults({"delay=300@1+1"}));
+  Client(server.path()).Send({0xB7});
+  ASSERT_TRUE(Eventually([&] { return server.reads() == 1; }));
+  EXPECT_EQ(Client(server.path()).Ask({0x9F}, 1), Bytes({0xEB}));
 }
 
 TEST(PtyLine, LastBytesOfAClosedClientReachTheChipButAreNotAnswered) {
@@ -179,19 +156,17 @@ TEST(PtyLine, LastBytesOfAClosedClientReachTheChipButAreNotAnswered) {
 TEST(PtyLine, ExclusiveUseEndsWithTheClientThatAskedForIt) {
   constexpr uid_t kNobody = 65534;
   PtyServer server;
-  const std::string& path = server.path();
-  if (::geteuid() == 0) {
-    ASSERT_EQ(::chown(path.c_str(), kNobody, static_cast<gid_t>(-1)), 0);
-  }
+  const char* const path = server.path().c_str();
+  ASSERT_TRUE(::geteuid() != 0 || ::chown(path, kNobody, static_cast<gid_t>(-1)) == 0);
   const pid_t child = ::fork();
   if (child == 0) {
     if (::geteuid() == 0 && ::setresuid(kNobody, kNobody, kNobody) != 0) ::_exit(2);
-    const int first = ::open(path.c_str(), O_RDWR | O_NOCTTY);
+    const int first = ::open(path, O_RDWR | O_NOCTTY);
     if (first < 0 || ::ioctl(first, TIOCEXCL) != 0) ::_exit(3);
-    if (::open(path.c_str(), O_RDWR | O_NOCTTY) >= 0) ::_exit(4);
+    if (::open(path, O_RDWR | O_NOCTTY) >= 0) ::_exit(4);
     ::close(first);
     ::alarm(20);  // ends the child if the device stays busy
-    while (::open(path.c_str(), O_RDWR | O_NOCTTY) < 0) {
+    while (::open(path, O_RDWR | O_NOCTTY) < 0) {
     }
     ::_exit(0);
   }
@@ -202,11 +177,9 @@ TEST(PtyLine, ExclusiveUseEndsWithTheClientThatAskedForIt) {
 
 TEST(PtyLine, BurstOfAccessesIsAnsweredInFull) {
   PtyServer server;
-  Client client(server.path());
   constexpr std::size_t kReads = 3000;
-  const Bytes answers = client.Ask(Bytes(kReads, 0xB7), kReads);
+  EXPECT_EQ(Client(server.path()).Ask(Bytes(kReads, 0xB7), kReads), Bytes(kReads, 0x91));
   server.Stop();
-  EXPECT_EQ(answers.size(), kReads);
   EXPECT_EQ(server.reads(), kReads);
   EXPECT_EQ(server.line().lost_answers(), 0u);
 }
@@ -227,58 +200,31 @@ TEST(PtyLine, ClientThatNeverReadsHoldsNothingUp) {
   EXPECT_GT(server.line().lost_answers(), 0u);
 }
 
-TEST(PtyLine, SilenceLeavesOutOneAnswerOnly) {
-  PtyServer server(WithFault("silence@1+1"));
+TEST(PtyLine, FaultsDelaySilenceAndEndTheAccessesTheyName) {
+  PtyServer server(WithFaults({"delay=40@1+1", "silence@2+1", "hang-up@4"}));
   Client client(server.path());
-  EXPECT_EQ(client.Ask({0xB7, 0x9F}, 1), Bytes({0xEB}));
-  EXPECT_EQ(server.reads(), 2u);
-}
-
-TEST(PtyLine, HangUpEndsTheClientsReadAndTheServing) {
-  PtyServer server(WithFault("hang-up@2"));
-  Client client(server.path());
-  EXPECT_EQ(client.Ask({0xB7}, 1), Bytes({0x91}));
+  const auto start = Clock::now();
+  // The late answer holds back the one after it.
+  EXPECT_EQ(client.Ask({0xB7, 0xB7, 0x9F}, 2), Bytes({0x91, 0xEB}));
+  EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(40));
   EXPECT_EQ(client.Ask({0xB7}, 1), Bytes());
   server.Stop();
   EXPECT_EQ(server.end(), PtyLine::End::kHungUp);
 }
 
-TEST(PtyLine, DelayedAnswerIsLateAndHoldsBackTheOneAfterIt) {
-  PtyServer server(WithFault("delay=40@1+1"));
-  Client client(server.path());
-  const auto start = Clock::now();
-  EXPECT_EQ(client.Ask({0xB7, 0x9F}, 2), Bytes({0x91, 0xEB}));
-  EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(40));
-}
-
 TEST(PtyLine, PacedReadTakesTwoByteTimes) {
-  PtyServer server(WithFault("silence@1000", true));
+  PtyServer::Options options;
+  options.pace = true;
+  PtyServer server(options);
   Client client(server.path());
   constexpr int kReads = 20;
   const auto start = Clock::now();
-  for (int read = 0; read < kReads; ++read) {
-    ASSERT_EQ(client.Ask({0xB7}, 1), Bytes({0x91}));
-  }
+  for (int read = 0; read < kReads; ++read) ASSERT_EQ(client.Ask({0xB7}, 1), Bytes({0x91}));
   // The chip's 9631 bps are a little faster than the host's 9600.
   EXPECT_GE(Clock::now() - start, kReads * std::chrono::microseconds(2 * 10'000'000 / 9631));
   server.Stop();
   EXPECT_EQ(server.line().pace_report().answers, std::uint64_t{kReads});
   EXPECT_GE(server.line().pace_report().total_late, 0);
-}
-
-TEST(PtyLine, LineIsRawBeforeAnybodyOpensIt) {
-  Chip chip;
-  ChipSerialPort port(chip);
-  PtyLine line(port, {});
-  std::string error;
-  ASSERT_TRUE(line.Open(error)) << error;
-  const UniqueFd client(::open(line.path().c_str(), O_RDWR | O_NOCTTY));
-  termios settings;
-  ASSERT_EQ(::tcgetattr(client.get(), &settings), 0);
-  EXPECT_EQ(settings.c_lflag & (ECHO | ICANON | ISIG), 0u);
-  EXPECT_EQ(settings.c_iflag & (ICRNL | IXON), 0u);
-  EXPECT_EQ(settings.c_oflag & OPOST, 0u);
-  EXPECT_EQ(settings.c_cflag & (CSIZE | PARENB | CSTOPB), tcflag_t{CS8});
 }
 
 }  // namespace

@@ -21,24 +21,25 @@ namespace vt63x {
 using Bytes = std::vector<std::uint8_t>;
 using Key = std::array<std::uint8_t, 6>;
 
+inline constexpr Key kKey = {0x3C, 0x9A, 0x5E, 0x71, 0xB2, 0xD4};  // of a card as delivered
+
 struct ReaderAnswer {
-  bool timeout = false;
+  bool timeout = false;  // and nothing else
   Bytes bytes;
   unsigned last_bits = 0;
   std::uint8_t error = 0;
 
-  bool Is(const Bytes& expected) const {
-    return !timeout && error == 0 && last_bits == 0 && bytes == expected;
-  }
+  bool operator==(const ReaderAnswer&) const = default;
+  bool Is(const Bytes& expected) const { return *this == ReaderAnswer{false, expected}; }
   // A frame of four bits, where a CRC was expected.
-  bool IsNibble(std::uint8_t value) const {
-    return !timeout && error == 0x04 && last_bits == 4 && bytes == Bytes{value};
-  }
+  bool IsNibble(std::uint8_t value) const { return *this == ReaderAnswer{false, {value}, 4, 0x04}; }
 };
 
-class TestReader {
+// `Registers` can Read and Write: the chip itself or a line that leads to one.
+template <typename Registers>
+class ReaderOf {
  public:
-  explicit TestReader(Chip& simulated) : chip(simulated) { SetUp(); }
+  explicit ReaderOf(Registers& registers) : chip(registers) { SetUp(); }
 
   // Field on, receiver on, and a timer of about a millisecond that starts by itself.
   void SetUp() {
@@ -77,6 +78,7 @@ class TestReader {
     EXPECT_LT(polls, kEnough);
     ReaderAnswer answer;
     answer.timeout = (chip.Read(0x04) & 0x01) != 0;
+    if (answer.timeout) return answer;
     const unsigned level = chip.Read(0x0A);
     answer.last_bits = chip.Read(0x0C) & 0x07U;
     answer.error = chip.Read(0x06);
@@ -96,17 +98,23 @@ class TestReader {
   std::optional<CardIdentifier::Level> Resolve(std::uint8_t select_code) {
     Crc(false);
     chip.Write(0x0E, 0x00);
-    std::vector<bool> known;
+    AirFrame known;
     for (int pass = 0; pass < 40; ++pass) {
-      Bytes frame = {select_code,
-                     static_cast<std::uint8_t>(0x20 + (known.size() / 8) * 16 + known.size() % 8)};
-      const Bytes sent = Pack(known);
-      frame.insert(frame.end(), sent.begin(), sent.end());
-      const auto rest = static_cast<std::uint8_t>(known.size() % 8);
+      const std::size_t rest = known.bit_count % 8;
+      const auto nvb = static_cast<std::uint8_t>(0x20 + known.bit_count / 8 * 16 + rest);
+      Bytes frame = {select_code, nvb};
+      frame.insert(frame.end(), known.Bytes().begin(), known.Bytes().end());
       const ReaderAnswer answer = Transceive(frame, static_cast<std::uint8_t>(rest << 4 | rest));
       if (answer.timeout || (answer.error & ~0x08) != 0) return std::nullopt;
-      AppendBits(answer, rest, known);
-      if (answer.error == 0) return Checked(Pack(known));
+      const AirFrame received = AirFrame::OfBytes(answer.bytes);
+      const std::size_t missing = answer.last_bits == 0 ? 0 : 8 - answer.last_bits;
+      for (std::size_t bit = rest; bit + missing < received.bit_count; ++bit) {
+        known.AppendBit(received.Bit(bit));
+      }
+      if (answer.error != 0) continue;
+      const auto& bytes = known.bytes;
+      if ((bytes[0] ^ bytes[1] ^ bytes[2] ^ bytes[3]) != bytes[4]) return std::nullopt;
+      return CardIdentifier::Level{bytes[0], bytes[1], bytes[2], bytes[3]};
     }
     return std::nullopt;
   }
@@ -149,30 +157,10 @@ class TestReader {
     return !Wait(0x11).timeout && (chip.Read(0x08) & 0x08) != 0;
   }
 
-  Chip& chip;
-
- private:
-  static Bytes Pack(const std::vector<bool>& bits) {
-    Bytes bytes((bits.size() + 7) / 8);
-    for (std::size_t bit = 0; bit < bits.size(); ++bit) {
-      if (bits[bit]) bytes[bit / 8] = static_cast<std::uint8_t>(bytes[bit / 8] | 1U << bit % 8);
-    }
-    return bytes;
-  }
-
-  static void AppendBits(const ReaderAnswer& answer, std::size_t from, std::vector<bool>& bits) {
-    const std::size_t missing = answer.last_bits == 0 ? 0 : 8 - answer.last_bits;
-    for (std::size_t bit = from; bit + missing < answer.bytes.size() * 8; ++bit) {
-      bits.push_back(((answer.bytes[bit / 8] >> bit % 8) & 1) != 0);
-    }
-  }
-
-  static std::optional<CardIdentifier::Level> Checked(const Bytes& bytes) {
-    if (bytes.size() != 5) return std::nullopt;
-    if ((bytes[0] ^ bytes[1] ^ bytes[2] ^ bytes[3]) != bytes[4]) return std::nullopt;
-    return CardIdentifier::Level{bytes[0], bytes[1], bytes[2], bytes[3]};
-  }
+  Registers& chip;
 };
+
+using TestReader = ReaderOf<Chip>;
 
 // A card named as in options, which must be right.
 inline std::unique_ptr<Card> CardNamed(const std::string& text) {
@@ -180,6 +168,21 @@ inline std::unique_ptr<Card> CardNamed(const std::string& text) {
   const auto option = ParseCardOption(text, error);
   return option ? MakeCard(*option, error) : nullptr;
 }
+
+// A chip with cards in its field, and a reader at its registers.
+struct ReaderBench {
+  explicit ReaderBench(const std::vector<std::string>& cards = {}) {
+    for (const std::string& card : cards) field.Add(CardNamed(card));
+  }
+  void SetAirFault(const std::string& text) {
+    std::string error;
+    field.faults().Set(*ParseAirFault(text, error));
+  }
+
+  Chip chip;
+  Field& field = chip.field();
+  TestReader reader{chip};
+};
 
 }  // namespace vt63x
 

@@ -33,33 +33,26 @@ TEST_F(NumberTest, ArithmeticIsSilentAndTakesEffectWithTheTransfer) {
     std::int32_t start;
     std::uint8_t command;
     Bytes amount;
-    std::int32_t result;
+    std::optional<std::int32_t> result;  // none: does not fit
   };
+  constexpr std::int32_t kMin = -0x7FFFFFFF - 1;
   for (const Case& c : {
-           Case{100, 0xC1, {1, 0, 0, 0}, 101},
            Case{100, 0xC0, {0x00, 0x01, 0, 0}, -156},
            Case{-5, 0xC2, {9, 9, 9, 9}, -5},
            Case{0x7FFFFFFE, 0xC1, {1, 0, 0, 0}, 0x7FFFFFFF},
-           Case{-0x7FFFFFFF, 0xC0, {1, 0, 0, 0}, -0x7FFFFFFF - 1},
-           Case{-0x7FFFFFFF - 1, 0xC1, {0xFF, 0xFF, 0xFF, 0xFF}, 0x7FFFFFFF},
+           Case{0x7FFFFFFF, 0xC1, {1, 0, 0, 0}, std::nullopt},
+           Case{-0x7FFFFFFF, 0xC0, {1, 0, 0, 0}, kMin},
+           Case{kMin, 0xC0, {1, 0, 0, 0}, std::nullopt},
+           Case{kMin, 0xC1, {0xFF, 0xFF, 0xFF, 0xFF}, 0x7FFFFFFF},
        }) {
     Hold(c.start);
-    EXPECT_TRUE(Step(c.command, c.amount).timeout);
+    const ReaderAnswer answer = Step(c.command, c.amount);
+    EXPECT_TRUE(c.result ? answer.timeout : answer.IsNibble(0x4));
     EXPECT_EQ(ValueAt(4), c.start);
+    if (!c.result) continue;
     EXPECT_TRUE(Send({0xB0, 6}).IsNibble(0xA));
     EXPECT_EQ(ValueAt(6), c.result);
     EXPECT_EQ(ValueAt(4), c.start);
-  }
-}
-
-TEST_F(NumberTest, ResultThatDoesNotFitIsRefusedAndLoadsNothing) {
-  for (const auto& [start, command] :
-       {std::pair{0x7FFFFFFF, std::uint8_t{0xC1}}, {-0x7FFFFFFF - 1, std::uint8_t{0xC0}}}) {
-    Hold(start);
-    EXPECT_TRUE(Step(command, {1, 0, 0, 0}).IsNibble(0x4));
-    ASSERT_TRUE(Open(4));
-    EXPECT_TRUE(Send({0xB0, 4}).IsNibble(0x4));
-    EXPECT_EQ(ValueAt(4), start);
   }
 }
 
@@ -72,14 +65,14 @@ TEST_F(NumberTest, LoadedNumberDoesNotOutliveTheSelection) {
 }
 
 TEST_F(NumberTest, AnyBitThatDisagreesMakesABlockNoNumber) {
-  Hold(0x12345678);
-  const Bytes good = Stored(4);
+  auto block = PackValue({0x12345678, 0x11});
+  EXPECT_TRUE(UnpackValue(block));
   for (unsigned bit = 0; bit < 128; ++bit) {
-    Bytes torn = good;
-    torn[bit / 8] = static_cast<std::uint8_t>(torn[bit / 8] ^ (1U << bit % 8));
-    EXPECT_FALSE(UnpackValue(BlockView(torn.data(), 16))) << bit;
+    const auto mask = static_cast<std::uint8_t>(1U << bit % 8);
+    block[bit / 8] ^= mask;
+    EXPECT_FALSE(UnpackValue(block)) << bit;
+    block[bit / 8] ^= mask;
   }
-  EXPECT_TRUE(UnpackValue(BlockView(good.data(), 16)));
 }
 
 }  // namespace
