@@ -8,7 +8,7 @@ namespace vt63x {
 // What wcf reports to its caller; where several apply, the highest counts.
 enum ExitCode {
   EXIT_ALL_DONE = 0,       // every line did its work
-  EXIT_FAILED = 1,         // a comparison found a difference, or an access failed
+  EXIT_FAILED = 1,         // a difference was found, or an access or card operation failed
   EXIT_USAGE = 2,          // the call itself was wrong
   EXIT_FILE_OR_PORT = 3,   // a file or the port could not be opened, a file not be written
   EXIT_BAD_LINES = 4,      // lines that are no commands

@@ -30,7 +30,7 @@ constexpr char kAbout[] =
 constexpr char kExitCodes[] =
     "Exit code, the highest that applies:\n"
     "  0    every line did its work\n"
-    "  1    a comparison found a difference, or an access failed\n"
+    "  1    a comparison found a difference, or an access or card operation failed\n"
     "  2    the call itself was wrong\n"
     "  3    a file or the port could not be opened, or a file not be written\n"
     "  4    lines that are no commands\n"
