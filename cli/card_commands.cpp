@@ -35,7 +35,7 @@ class CardCommand {
   CardCommand(Session& session, const CardOptions& options)
       : session_(session),
         options_(options),
-        reader_(session.action(), {[this](const char* line) { Line(line); },
+        reader_(session.action(), {[this](const char* line) { session_.Print(line); },
                                    [this](HFLSTATUS status) { SetUpFailed(status); },
                                    [this](HFLSTATUS status) { Check("timer set-up", status); }}) {
     reader_.block = static_cast<std::uint8_t>(options.block);
@@ -54,7 +54,6 @@ class CardCommand {
   }
 
  private:
-  void Line(const char* line) { session_.Print(line); }
   void Object(const Json& object) {
     if (options_.json) session_.PrintObject(object.dump());
   }
@@ -145,6 +144,7 @@ class CardCommand {
       if (!Check("halt", reader_.Halt())) return false;
     }
     if (found == Found::kNobody) session_.Complain("there is no card " + wanted + " in the field");
+    if (found == Found::kCard) session_.Fail("the search for card " + wanted + " was given up");
     return found != Found::kCard && Report("select", status_, {{"uid", wanted}});
   }
 

@@ -87,8 +87,8 @@ void HeadlessView::LogNotSaved(const char* path, int error) {
 }
 
 void HeadlessView::ShowBitRate(const char* text) {
-  if (bus_ != nullptr)
-    bus_->SetHostRate(static_cast<std::uint32_t>(std::strtoul(text, nullptr, 10)));
+  if (bus_ == nullptr) return;
+  bus_->SetHostRate(static_cast<std::uint32_t>(std::strtoul(text, nullptr, 10)));
 }
 
 void HeadlessView::PortOpenFailed(const char* port_name, DWORD error) {
@@ -96,6 +96,11 @@ void HeadlessView::PortOpenFailed(const char* port_name, DWORD error) {
   const char* const device = std::getenv(("VT63X_" + name).c_str());
   const bool named = device != nullptr && device[0] != '\0';
   Complain("cannot open " + (named ? std::string(device) : name) + ": " + PortErrorText(error));
+  Raise(EXIT_FILE_OR_PORT);
+}
+
+void HeadlessView::CommandFileNotRead(const char* path, int error) {
+  Complain(std::string(path) + ": " + FileErrorText(error));
   Raise(EXIT_FILE_OR_PORT);
 }
 

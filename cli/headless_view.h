@@ -42,6 +42,7 @@ class HeadlessView final : public MainView {
   void LogNotSaved(const char* path, int error) override;
   void ShowBitRate(const char* text) override;
   void PortOpenFailed(const char* port_name, DWORD error) override;
+  void CommandFileNotRead(const char* path, int error) override;
   void ScriptFault(const script_fault& fault) override;
   void ScriptEnded(ScriptEnd end, const script_totals& totals) override;
 

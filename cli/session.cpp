@@ -6,6 +6,7 @@
 
 #include "cli/error_text.h"
 #include "cli/port_choice.h"
+#include "cli/status_text.h"
 #include "script/command_file.h"
 #include "script/runner.h"
 #include "serial/port_control.h"
@@ -157,11 +158,9 @@ ExitCode Session::exit_code() {
 }
 
 ExitCode Session::Dump() {
-  // A dump that a read breaks off says nothing of it; its last row does.
-  DumpRegisters(&action_);
-  const std::string log = log_buffer_.data();
-  if (log.find("\r\nP3 ") == std::string::npos) {
-    Fail("the dump broke off: the chip does not answer on the line");
+  const HFLSTATUS status = DumpRegisters(&action_);
+  if (status != HFL_SUCCESS) {
+    Fail(std::string("dump: ") + StatusText(status) + " (status " + StatusDigits(status) + ")");
   }
   return exit_code();
 }
@@ -177,12 +176,6 @@ ExitCode Session::Run(const std::string& path, std::int32_t resume_line) {
   std::memcpy(state_.wcf_path, path.c_str(), path.size() + 1);
   StartRun(resume_line);
   RunCommandFile(&action_);
-  if (view_.end() == ScriptEnd::kUnreadable) {
-    std::string content;
-    const int error = ReadWholeFile(path.c_str(), content);
-    view_.Complain(path + ": " + FileErrorText(error != 0 ? error : ENOMEM));
-    view_.Raise(EXIT_FILE_OR_PORT);
-  }
   if (view_.end() == ScriptEnd::kBreakCommand) {
     view_.Complain("stopped by BRK; --resume " + std::to_string(state_.resume_line) +
                    " goes on behind it");

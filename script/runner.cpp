@@ -1,8 +1,8 @@
 #include "script/runner.h"
 
 #include <algorithm>
-#include <exception>
-#include <memory>
+#include <cerrno>
+#include <new>
 #include <string>
 
 #include "script/command_table.h"
@@ -12,10 +12,11 @@
 namespace vt63x {
 namespace {
 
-std::unique_ptr<CommandFile> Load(const char* path) {
-  std::string content;
-  if (ReadWholeFile(path, content) != 0) return nullptr;
-  return std::make_unique<CommandFile>(content);
+ScriptEnd ReportUnreadable(const LineParser& parser, int error) {
+  const AppState& state = *parser.action->app_state;
+  log_append(parser.action, "Error. Could not read file.", 1);
+  if (state.view != nullptr) state.view->CommandFileNotRead(state.wcf_path, error);
+  return ScriptEnd::kUnreadable;
 }
 
 // Memory may run out; no exception leaves the runner's thread.
@@ -23,13 +24,14 @@ ScriptEnd RunFile(LineParser& parser) try {
   const AppState& state = *parser.action->app_state;
   log_append(parser.action, "Processing ", 0);
   log_append(parser.action, state.wcf_path, 1);
-  const std::unique_ptr<CommandFile> file = Load(state.wcf_path);
-  if (file != nullptr) return RunLines(parser, *file);
-  log_append(parser.action, "Error. Could not read file.", 1);
-  return ScriptEnd::kUnreadable;
-} catch (const std::exception&) {
-  log_append(parser.action, "Error. Could not read file.", 1);
-  return ScriptEnd::kUnreadable;
+  std::string content;
+  const int error = ReadWholeFile(state.wcf_path, content);
+  if (error != 0) return ReportUnreadable(parser, error);
+  const CommandFile file(content);
+  content = {};  // the decoded file has its own text
+  return RunLines(parser, file);
+} catch (const std::bad_alloc&) {
+  return ReportUnreadable(parser, ENOMEM);
 }
 
 }  // namespace

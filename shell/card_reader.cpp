@@ -233,26 +233,24 @@ HFLSTATUS CardReader::Read(std::uint8_t* data) {
   return status;
 }
 
-HFLSTATUS CardReader::Write(const std::uint8_t* data) {
+HFLSTATUS CardReader::WriteData(const char* name, std::uint8_t command, const std::uint8_t* data,
+                                std::uint8_t length) {
   SetTimer(kWriteReload);
   std::uint8_t copy[16];
-  std::memcpy(copy, data, sizeof copy);
-  const HFLSTATUS status = CardCommand(kCardWrite, copy, sizeof copy);
-  output_.line(
-      Format("Write(0x%02X, 0x%s) --> Status: 0x%04X", block, Hex(data, 16).digits, Digits(status))
-          .text);
+  std::memcpy(copy, data, length);
+  const HFLSTATUS status = CardCommand(command, copy, length);
+  output_.line(Format("%s(0x%02X, 0x%s) --> Status: 0x%04X", name, block, Hex(data, length).digits,
+                      Digits(status))
+                   .text);
   return status;
 }
 
+HFLSTATUS CardReader::Write(const std::uint8_t* data) {
+  return WriteData("Write", kCardWrite, data, 16);
+}
+
 HFLSTATUS CardReader::WritePage(const std::uint8_t* data) {
-  SetTimer(kWriteReload);
-  std::uint8_t copy[4];
-  std::memcpy(copy, data, sizeof copy);
-  const HFLSTATUS status = CardCommand(kCardWritePage, copy, sizeof copy);
-  output_.line(
-      Format("WritePG(0x%02X, 0x%s) --> Status: 0x%04X", block, Hex(data, 4).digits, Digits(status))
-          .text);
-  return status;
+  return WriteData("WritePG", kCardWritePage, data, 4);
 }
 
 HFLSTATUS CardReader::Value(std::uint8_t command, std::uint32_t operand) {

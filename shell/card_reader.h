@@ -63,6 +63,8 @@ class CardReader {
  private:
   void SetTimer(std::uint8_t* buffer, std::uint8_t reload);
   void SetTimer(std::uint8_t reload);
+  HFLSTATUS WriteData(const char* name, std::uint8_t command, const std::uint8_t* data,
+                      std::uint8_t length);
   HFLSTATUS CardCommand(std::uint8_t command, std::uint8_t* data, std::uint8_t length);
   void LogSelection(HFLSTATUS status);
 

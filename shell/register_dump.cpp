@@ -50,7 +50,7 @@ HFLSTATUS FormatRow(AppState& state, int row, char (&line)[100]) {
 
 }  // namespace
 
-void DumpRegisters(const action_param* action) {
+HFLSTATUS DumpRegisters(const action_param* action) {
   AppState& state = *action->app_state;
   char line[100];
   Write(state, kVersion, 0x00);
@@ -64,9 +64,11 @@ void DumpRegisters(const action_param* action) {
   log_append(action, "Registersetting : ", 1);
   log_append(action, "    0  1  2  3  4  5  6  7   8  9  A  B  C  D  E  F", 1);
   for (int row = 0; row < kRows; ++row) {
-    if (FormatRow(state, row, line) != HFL_SUCCESS) return;
+    const HFLSTATUS read_status = FormatRow(state, row, line);
+    if (read_status != HFL_SUCCESS) return read_status;
     log_append(action, line, 1);
   }
+  return status;
 }
 
 }  // namespace vt63x

@@ -175,6 +175,11 @@ class MainView {
     static_cast<void>(error);
   }
 
+  // The command file could not be read; `error` is an errno value. Any thread.
+  virtual void CommandFileNotRead(const char* path, int error) {
+    static_cast<void>(path);
+    static_cast<void>(error);
+  }
   // Any thread, both.
   virtual void ScriptFault(const script_fault& fault) { static_cast<void>(fault); }
   virtual void ScriptEnded(ScriptEnd end, const script_totals& totals) {

@@ -23,7 +23,7 @@ class RegisterDumpTest : public testing::Test {
 };
 
 TEST_F(RegisterDumpTest, RowsOfSixteenWithoutTheFifo) {
-  DumpRegisters(&program.action);
+  EXPECT_EQ(DumpRegisters(&program.action), HFL_SUCCESS);
   EXPECT_EQ(program.log(),
             "Registersetting : \r\n"
             "    0  1  2  3  4  5  6  7   8  9  A  B  C  D  E  F\r\n"
@@ -37,14 +37,14 @@ TEST_F(RegisterDumpTest, FailingReadEndsTheDumpWithoutItsRow) {
   // Two writes of three transfers, then two a read: 0x25 is the 37th read, 0x09 left out.
   int transfers = 0;
   bus.on_transfer = [&] { bus.silent = ++transfers > 6 + 2 * 36; };
-  DumpRegisters(&program.action);
+  EXPECT_EQ(DumpRegisters(&program.action), HFL_LINK_FAILED);
   EXPECT_TRUE(program.log().ends_with("dd de df  \r\n")) << program.log();
 }
 
 TEST_F(RegisterDumpTest, FailingWriteIsLoggedAndTheDumpGoesOn) {
   int transfers = 0;
   bus.on_transfer = [&] { bus.silent = ++transfers <= 6; };
-  DumpRegisters(&program.action);
+  EXPECT_EQ(DumpRegisters(&program.action), HFL_LINK_FAILED);
   EXPECT_TRUE(program.log().starts_with(
       "Writing Error on register 0x00: HFLSTATUS 0x0104!\r\nRegistersetting : \r\n"))
       << program.log();
