@@ -28,7 +28,7 @@ ScriptEnd RunFile(LineParser& parser) try {
   const int error = ReadWholeFile(state.wcf_path, content);
   if (error != 0) return ReportUnreadable(parser, error);
   const CommandFile file(content);
-  content = {};  // the decoded file has its own text
+  std::string().swap(content);  // the decoded file has its own text
   return RunLines(parser, file);
 } catch (const std::bad_alloc&) {
   return ReportUnreadable(parser, ENOMEM);
