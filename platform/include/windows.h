@@ -10,5 +10,6 @@
 
 #include "win32/kernel.h"
 #include "win32/types.h"
+#include "win32/window.h"
 
 #endif

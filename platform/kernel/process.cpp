@@ -11,6 +11,10 @@
 
 namespace kernel = vt63x::kernel;
 
+DWORD WINAPI GetCurrentThreadId() { return static_cast<DWORD>(gettid()); }
+
+void WINAPI ExitProcess(UINT exit_code) { _exit(static_cast<int>(exit_code)); }
+
 DWORD WINAPI GetCurrentDirectoryA(DWORD size, LPSTR buffer) {
   char path[PATH_MAX];
   if (getcwd(path, sizeof path) == nullptr) {

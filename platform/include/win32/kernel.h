@@ -67,6 +67,12 @@ BOOL WINAPI QueryPerformanceCounter(LARGE_INTEGER* count);
 
 // --- process ---
 
+// Never 0; not given to another thread while this one lives.
+DWORD WINAPI GetCurrentThreadId();
+
+// Ends the program at once, whatever its threads do; no destructor runs.
+[[noreturn]] void WINAPI ExitProcess(UINT exit_code);
+
 // Copies the current directory, without a final separator. Returns its length, or the size needed
 // with the terminator when `size` is too small, or 0 on failure.
 DWORD WINAPI GetCurrentDirectoryA(DWORD size, LPSTR buffer);

@@ -1,0 +1,82 @@
+#ifndef VT63X_PLATFORM_WINDOW_WINDOW_H
+#define VT63X_PLATFORM_WINDOW_WINDOW_H
+
+// One window: a dialog or a control. It pairs the handle and the message procedure that the
+// program knows with the widget that shows it. Main thread only.
+
+#include <windows.h>
+
+#include <QFont>
+#include <QPointer>
+#include <QString>
+#include <QWidget>
+#include <string>
+
+namespace vt63x::ui {
+
+class Window {
+ public:
+  // Takes a handle. `widget` is owned by the window (through Qt's tree where it has a parent).
+  // `parent` is a control's dialog or a dialog's owner, or null.
+  Window(QWidget* widget, Window* parent, int id, DWORD style, DWORD ex_style);
+  Window(const Window&) = delete;
+  Window& operator=(const Window&) = delete;
+  virtual ~Window();
+
+  HWND handle() const { return handle_; }
+  QWidget* widget() const { return widget_; }
+  Window* parent() const { return parent_; }
+  int id() const { return id_; }
+  DWORD style() const { return style_; }
+  DWORD ex_style() const { return ex_style_; }
+  bool is_control() const { return (style_ & static_cast<DWORD>(WS_CHILD)) != 0; }
+
+  // Null when the handle is stale.
+  static Window* Find(HWND handle);
+  // The window that `object` shows or is a part of, null for anything else.
+  static Window* OfWidget(const QObject* object);
+
+  // The head of the procedure chain; subclassing replaces it. At first ClassProcedure, which ends
+  // every chain in Handle.
+  WNDPROC procedure() const { return procedure_; }
+  WNDPROC set_procedure(WNDPROC procedure);
+  static LRESULT CALLBACK ClassProcedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
+
+  // Through the procedure chain. The window may be gone afterwards.
+  LRESULT Send(UINT message, WPARAM wparam, LPARAM lparam);
+
+  // What the class itself does with a message. This one answers the messages that every window
+  // has: text, font, enabling, focus, key forwarding; and refuses none (0 for what it does not
+  // know).
+  virtual LRESULT Handle(UINT message, WPARAM wparam, LPARAM lparam);
+
+  // The text in UTF-8 (text_codec.h).
+  virtual std::string Text() const;
+  virtual void SetText(const char* text);
+  virtual int TextLength() const { return static_cast<int>(Text().size()); }
+
+  // A window that is disabled gets no input. A dialog's controls do not look disabled with it.
+  bool enabled() const { return enabled_; }
+  virtual void Enable(bool enable);
+
+ protected:
+  virtual void SetFont(const QFont& font);
+  // Sends WM_COMMAND with a notification code to the parent; the window may be gone afterwards.
+  void Notify(int code);
+  void ChangeStyle(DWORD style) { style_ = style; }
+
+ private:
+  HWND handle_;
+  QPointer<QWidget> widget_;
+  Window* parent_;
+  int id_;
+  DWORD style_;
+  DWORD ex_style_;
+  WNDPROC procedure_ = &Window::ClassProcedure;
+  HFONT font_ = nullptr;
+  bool enabled_ = true;
+};
+
+}  // namespace vt63x::ui
+
+#endif
