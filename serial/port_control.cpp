@@ -111,6 +111,10 @@ DWORD SetPortTimeouts(const action_param* action) {
 BOOL PurgePort(const action_param* action) {
   AppState& state = *action->app_state;
   const std::lock_guard lock(state.stack_lock);
+  return PurgeLockedPort(state);
+}
+
+BOOL PurgeLockedPort(const AppState& state) {
   return PurgeComm(state.port_handle, PURGE_TXCLEAR | PURGE_RXCLEAR);
 }
 

@@ -30,6 +30,9 @@ DWORD SetPortTimeouts(const action_param* action);
 // Throws away pending bytes in both directions; transfers in progress go on.
 BOOL PurgePort(const action_param* action);
 
+// The same for a caller who holds stack_lock and goes on with an access.
+BOOL PurgeLockedPort(const AppState& state);
+
 // Host side only; the chip keeps its rate. Both update baudrate_index and the rate shown, and
 // return the result of SetPortBitRate.
 DWORD SetHostBaud9600(const action_param* action);

@@ -14,6 +14,8 @@
 #include <string_view>
 #include <vector>
 
+#include "shell/state/stack_lock.h"
+
 namespace vt63x {
 
 class CardMemoryWrapper;
@@ -97,8 +99,8 @@ struct AppState {
   std::size_t log_length = 0;
 
   // The program's two locks. Neither is held across a call that may wait for the main thread.
-  std::mutex log_lock;    // the text in log_buf
-  std::mutex stack_lock;  // the component stack and the port: one chip access sequence at a time
+  std::mutex log_lock;   // the text in log_buf
+  StackLock stack_lock;  // the component stack and the port: one chip access sequence at a time
 
   MainView* view = nullptr;  // what shows all this; null when nothing does
 };

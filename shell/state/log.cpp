@@ -30,16 +30,6 @@ void SetText(AppState& state, std::size_t position, const char* text, std::size_
   state.log_length = position + length;
 }
 
-// True when the log had to be emptied for it.
-bool Add(AppState& state, const char* text, std::size_t length, bool newline) {
-  const std::lock_guard lock(state.log_lock);
-  const std::size_t end = TextLength(state);
-  const bool full = end + length >= kClearAt;
-  SetText(state, full ? 0 : end, text, std::min(length, kLongestText));
-  if (newline) SetText(state, state.log_length, "\r\n", 2);
-  return full;
-}
-
 int WriteText(const char* path, const std::string& text) {
   std::FILE* const file = std::fopen(path, "ab+");
   if (file == nullptr) return errno;
@@ -53,23 +43,36 @@ int WriteText(const char* path, const std::string& text) {
 
 }  // namespace
 
+bool log_buffer_append(AppState& state, const char* text, bool newline) {
+  if (state.log_buf == nullptr) return false;
+  const std::size_t length = std::strlen(text);
+  const std::lock_guard lock(state.log_lock);
+  const std::size_t end = TextLength(state);
+  const bool full = end + length >= kClearAt;
+  SetText(state, full ? 0 : end, text, std::min(length, kLongestText));
+  if (newline) SetText(state, state.log_length, "\r\n", 2);
+  return full;
+}
+
+void log_buffer_clear(AppState& state) {
+  if (state.log_buf == nullptr) return;
+  const std::lock_guard lock(state.log_lock);
+  SetText(state, 0, "", 0);
+}
+
 void log_append(const action_param* action, const char* text, int newline) {
   AppState& state = *action->app_state;
   if (state.log_buf == nullptr) return;
-  const std::size_t length = std::strlen(text);
-  const bool cleared = Add(state, text, length, newline != 0);
+  const bool cleared = log_buffer_append(state, text, newline != 0);
   if (state.view == nullptr) return;
   if (cleared) state.view->LogCleared();
-  state.view->LogAppended({text, length}, newline != 0);
+  state.view->LogAppended(text, newline != 0);
 }
 
 void log_clear(const action_param* action) {
   AppState& state = *action->app_state;
   if (state.log_buf == nullptr) return;
-  {
-    const std::lock_guard lock(state.log_lock);
-    SetText(state, 0, "", 0);
-  }
+  log_buffer_clear(state);
   if (state.view != nullptr) state.view->LogCleared();
 }
 

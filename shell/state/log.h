@@ -23,6 +23,10 @@ void log_save(const action_param* action);
 // cannot be written is reported to the view and to nobody else.
 void log_append_to_file(const action_param* action, const char* path);
 
+// The same on the buffer alone: the view is not told. True when the log was emptied first.
+bool log_buffer_append(AppState& state, const char* text, bool newline);
+void log_buffer_clear(AppState& state);
+
 }  // namespace vt63x
 
 #endif
