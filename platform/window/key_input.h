@@ -11,16 +11,24 @@ class QKeyEvent;
 
 namespace vt63x::ui {
 
-// A key pressed or released in `window` by the user. True when it must not go on to the widget:
-// always, but for keys that a menu or the window manager takes.
-bool KeyFromUser(Window& window, const QKeyEvent& event);
+// A key pressed or released by the user while `dialog` is active. True when it must not go on to
+// the widget: always, but for keys that a menu or the window manager takes.
+bool KeyFromUser(Dialog& dialog, const QKeyEvent& event);
 
-// WM_KEYDOWN, WM_KEYUP, WM_SYSKEYDOWN, WM_CHAR or WM_SYSCHAR taken from the message queue.
-void KeyFromQueue(Window& window, UINT message, WPARAM wparam, LPARAM lparam);
+// True when the key is for the dialog's mnemonics and not for a menu.
+bool TakesShortcut(Dialog& dialog, const QKeyEvent& event);
 
-// The end of a chain: gives the key or character of WM_KEYDOWN or WM_CHAR to the window's widget,
-// which does what it does by itself (moves the caret, inserts, deletes, copies).
+// A key message taken from the message queue; false for any other message.
+bool KeyFromQueue(Window& window, UINT message, WPARAM wparam, LPARAM lparam);
+
+// The end of a chain: gives the key or character of WM_KEYDOWN, WM_KEYUP or WM_CHAR to the window's
+// widget, which does what it does by itself (moves the caret, inserts, deletes). An edit
+// (DLGC_HASSETSEL) takes characters from WM_CHAR, any other control keys from WM_KEYDOWN.
 void KeyToWidget(Window& window, UINT message, WPARAM wparam);
+
+// Of the user's key that is being handled; false without one.
+bool ShiftDown();
+bool ControlDown();
 
 // True while KeyToWidget hands a key over: the event filter lets it pass.
 bool KeyOnItsWay();

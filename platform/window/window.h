@@ -2,7 +2,7 @@
 #define VT63X_PLATFORM_WINDOW_WINDOW_H
 
 // One window: a dialog or a control. It pairs the handle and the message procedure that the
-// program knows with the widget that shows it. Main thread only.
+// program knows with the widget that shows it. Main thread only, but for Exists.
 
 #include <windows.h>
 
@@ -11,13 +11,15 @@
 #include <QString>
 #include <QWidget>
 #include <string>
+#include <vector>
 
 namespace vt63x::ui {
 
+class Dialog;
+
 class Window {
  public:
-  // Takes a handle. `widget` is owned by the window (through Qt's tree where it has a parent).
-  // `parent` is a control's dialog or a dialog's owner, or null.
+  // Takes a handle and owns `widget`. `parent` is a control's dialog or a dialog's owner, or null.
   Window(QWidget* widget, Window* parent, int id, DWORD style, DWORD ex_style);
   Window(const Window&) = delete;
   Window& operator=(const Window&) = delete;
@@ -30,25 +32,39 @@ class Window {
   DWORD style() const { return style_; }
   DWORD ex_style() const { return ex_style_; }
   bool is_control() const { return (style_ & static_cast<DWORD>(WS_CHILD)) != 0; }
+  // The dialog itself or the control's.
+  Dialog* dialog();
 
   // Null when the handle is stale.
   static Window* Find(HWND handle);
+  // The same, and ERROR_INVALID_WINDOW_HANDLE for the caller.
+  static Window* Need(HWND handle);
+  // Any thread.
+  static bool Exists(HWND handle);
   // The window that `object` shows or is a part of, null for anything else.
   static Window* OfWidget(const QObject* object);
+  // All that live, oldest first.
+  static const std::vector<Window*>& All();
 
   // The head of the procedure chain; subclassing replaces it. At first ClassProcedure, which ends
   // every chain in Handle.
   WNDPROC procedure() const { return procedure_; }
-  WNDPROC set_procedure(WNDPROC procedure);
+  WNDPROC set_procedure(WNDPROC next);
   static LRESULT CALLBACK ClassProcedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
 
-  // Through the procedure chain. The window may be gone afterwards.
+  // Through the procedure chain. The window may be destroyed afterwards, but its object lives until
+  // nothing is being sent.
   LRESULT Send(UINT message, WPARAM wparam, LPARAM lparam);
 
   // What the class itself does with a message. This one answers the messages that every window
-  // has: text, font, enabling, focus, key forwarding; and refuses none (0 for what it does not
-  // know).
+  // has: text, font, key forwarding; 0 for what it does not know.
   virtual LRESULT Handle(UINT message, WPARAM wparam, LPARAM lparam);
+
+  // WM_DESTROY and WM_NCDESTROY, the handle stale, the widget hidden. The object is freed later.
+  virtual void Destroy();
+  bool destroyed() const { return destroyed_; }
+  // Frees what was destroyed, unless a message is being sent.
+  static void FreeDestroyed();
 
   // The text in UTF-8 (text_codec.h).
   virtual std::string Text() const;
@@ -61,11 +77,17 @@ class Window {
 
  protected:
   virtual void SetFont(const QFont& font);
-  // Sends WM_COMMAND with a notification code to the parent; the window may be gone afterwards.
+  // Sends WM_COMMAND with a notification code to the parent.
   void Notify(int code);
   void ChangeStyle(DWORD style) { style_ = style; }
+  // Another widget that belongs to this window (OfWidget), for as long as it lives.
+  void AddWidget(QWidget* widget);
+  // Takes the handle away and hides the widget.
+  void Retire();
 
  private:
+  LRESULT CopyText(char* buffer, std::size_t size) const;
+
   HWND handle_;
   QPointer<QWidget> widget_;
   Window* parent_;
@@ -75,6 +97,7 @@ class Window {
   WNDPROC procedure_ = &Window::ClassProcedure;
   HFONT font_ = nullptr;
   bool enabled_ = true;
+  bool destroyed_ = false;
 };
 
 }  // namespace vt63x::ui

@@ -235,6 +235,10 @@ BOOL WINAPI GetSaveFileNameA(OPENFILENAMEA* request);
 // Null: the program itself.
 HINSTANCE WINAPI GetModuleHandleA(LPCSTR name);
 
+// The entry point that a program with windows defines; `command_line` is its own to change, the
+// arguments separated by blanks.
+int WINAPI WinMain(HINSTANCE instance, HINSTANCE previous, LPSTR command_line, int show);
+
 }  // extern "C"
 
 #endif

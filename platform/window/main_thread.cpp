@@ -1,0 +1,162 @@
+#include "platform/window/main_thread.h"
+
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <QApplication>
+#include <QSocketNotifier>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <memory>
+#include <mutex>
+
+#include "platform/window/event_filter.h"
+#include "platform/window/message_queue.h"
+
+namespace vt63x::ui {
+namespace {
+
+constexpr std::chrono::seconds kLoopAwaited{5};
+
+enum class CallState { kWaiting, kRunning, kDone };
+
+struct thread_call {
+  const std::function<void()>* function;
+  CallState state = CallState::kWaiting;
+};
+
+struct CallQueue {
+  std::mutex mutex;
+  std::condition_variable changed;
+  std::deque<thread_call*> calls;  // each is on its caller's stack
+  int loops = 0;                   // event loops that run, nested ones included
+};
+
+CallQueue& Queue() {
+  static CallQueue queue;
+  return queue;
+}
+
+std::atomic<DWORD> main_thread = 0;
+std::atomic<int> wake_descriptor = -1;
+
+void ClearWake() {
+  std::uint64_t count = 0;
+  if (read(wake_descriptor, &count, sizeof count) < 0) return;  // nothing to clear
+}
+
+// The toolkit wants its application gone before the end of the program, while its libraries are
+// still whole.
+struct Application {
+  Application() {
+    static int count = 1;
+    static char name[] = "wps";
+    static char* arguments[] = {name, nullptr};
+    application = std::make_unique<QApplication>(count, arguments);
+    QApplication::setQuitOnLastWindowClosed(false);
+    wake_descriptor = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    notifier = std::make_unique<QSocketNotifier>(wake_descriptor.load(), QSocketNotifier::Read);
+    QObject::connect(notifier.get(), &QSocketNotifier::activated, notifier.get(), [] {
+      ClearWake();
+      DispatchMessages();
+    });
+    filter = MakeEventFilter();
+    application->installEventFilter(filter.get());
+  }
+  ~Application() {
+    main_thread = 0;
+    filter.reset();
+    notifier.reset();
+    application.reset();
+    close(wake_descriptor.exchange(-1));
+  }
+  Application(const Application&) = delete;
+  Application& operator=(const Application&) = delete;
+
+  std::unique_ptr<QApplication> application;
+  std::unique_ptr<QSocketNotifier> notifier;
+  std::unique_ptr<QObject> filter;
+};
+
+thread_call* NextCall() {
+  CallQueue& queue = Queue();
+  const std::lock_guard lock(queue.mutex);
+  if (queue.calls.empty()) return nullptr;
+  thread_call* const call = queue.calls.front();
+  queue.calls.pop_front();
+  call->state = CallState::kRunning;
+  return call;
+}
+
+void Finish(thread_call& call) {
+  CallQueue& queue = Queue();
+  const std::lock_guard lock(queue.mutex);
+  call.state = CallState::kDone;
+  queue.changed.notify_all();
+}
+
+}  // namespace
+
+void NeedApplication() {
+  if (main_thread != 0) return;
+  Queue();  // outlives the application
+  static Application application;
+  main_thread = GetCurrentThreadId();
+}
+
+bool OnMainThread() { return main_thread == GetCurrentThreadId(); }
+
+void WakeMainThread() {
+  const std::uint64_t one = 1;
+  const int descriptor = wake_descriptor;
+  if (descriptor >= 0 && write(descriptor, &one, sizeof one) < 0) return;  // awake already
+}
+
+bool RunOnMainThread(const std::function<void()>& function) {
+  CallQueue& queue = Queue();
+  thread_call call{&function};
+  std::unique_lock lock(queue.mutex);
+  queue.calls.push_back(&call);
+  WakeMainThread();
+  const auto limit = std::chrono::steady_clock::now() + kLoopAwaited;
+  // A call that waits may be waited for without limit only while a loop is there to take it.
+  while (call.state == CallState::kWaiting) {
+    if (queue.loops > 0) {
+      queue.changed.wait(lock);
+    } else if (queue.changed.wait_until(lock, limit) == std::cv_status::timeout &&
+               call.state == CallState::kWaiting && queue.loops == 0) {
+      std::erase(queue.calls, &call);
+      return false;
+    }
+  }
+  while (call.state != CallState::kDone) queue.changed.wait(lock);
+  return true;
+}
+
+void RunWaitingCalls() {
+  for (thread_call* call = NextCall(); call != nullptr; call = NextCall()) {
+    (*call->function)();
+    Finish(*call);
+  }
+}
+
+void LoopBegins() {
+  CallQueue& queue = Queue();
+  {
+    const std::lock_guard lock(queue.mutex);
+    ++queue.loops;
+    queue.changed.notify_all();
+  }
+  WakeMainThread();
+}
+
+void LoopEnds() {
+  CallQueue& queue = Queue();
+  const std::lock_guard lock(queue.mutex);
+  --queue.loops;
+  queue.changed.notify_all();
+}
+
+}  // namespace vt63x::ui

@@ -1,0 +1,68 @@
+// Labels, sunken fields of a status line, and icons.
+
+#include <QFrame>
+#include <QPainter>
+#include <QStyle>
+
+#include "platform/window/control_classes.h"
+#include "platform/window/icon.h"
+#include "platform/window/text_codec.h"
+
+namespace vt63x::ui {
+namespace {
+
+// The toolkit's own label underlines a letter only together with a control to jump to.
+class Label : public QFrame {
+ public:
+  explicit Label(QWidget* parent) : QFrame(parent) {}
+
+  QString text;
+  QIcon icon;
+  Qt::Alignment alignment = Qt::AlignLeft;
+
+ protected:
+  void paintEvent(QPaintEvent* event) override {
+    QFrame::paintEvent(event);
+    QPainter painter(this);
+    if (!icon.isNull()) {
+      icon.paint(&painter, contentsRect());
+      return;
+    }
+    const int flags =
+        static_cast<int>(alignment | Qt::AlignTop) | Qt::TextShowMnemonic | Qt::TextWordWrap;
+    style()->drawItemText(&painter, contentsRect(), flags, palette(), isEnabled(), text,
+                          QPalette::WindowText);
+  }
+};
+
+constexpr DWORD kKind = 0x1f;
+
+class Static : public Control<Label> {
+ public:
+  Static(const dialog_item& item, Window& dialog) : Control(item, dialog) {
+    if (HasStyle(item.style, SS_SUNKEN)) toolkit().setFrameStyle(QFrame::Panel | QFrame::Sunken);
+    const DWORD kind = item.style & kKind;
+    if (kind == SS_CENTER) toolkit().alignment = Qt::AlignHCenter;
+    if (kind == SS_RIGHT) toolkit().alignment = Qt::AlignRight;
+    if (kind == SS_ICON) toolkit().icon = LoadIconResource(item.resource);
+    SetText(item.text.c_str());
+  }
+
+  LRESULT Handle(UINT message, WPARAM wparam, LPARAM lparam) override {
+    return message == WM_GETDLGCODE ? DLGC_STATIC : Window::Handle(message, wparam, lparam);
+  }
+  std::string Text() const override { return ToProgram(toolkit().text); }
+  void SetText(const char* text) override {
+    toolkit().text = FromProgram(text);
+    toolkit().update();
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<Window> MakeStatic(const dialog_item& item, Window& dialog) {
+  if ((item.style & kKind) > SS_ICON) return nullptr;
+  return std::make_unique<Static>(item, dialog);
+}
+
+}  // namespace vt63x::ui

@@ -1,0 +1,236 @@
+#!/usr/bin/env bash
+# window_test.sh BIN_DIR CASE: the program as its user has it: a screen (Xvfb), a window manager, real
+# keys and a real mouse, and a simulated chip with a card on COM1:. What the program did is read
+# from what the user would have: its files, its windows, the bytes on the line.
+set -euo pipefail
+bin=$1
+case=$2
+title='VT63x Serial RS 232 Test Program'
+work=$(mktemp -d)
+pids=()
+
+cleanup() {
+  for pid in "${pids[@]}"; do kill "$pid" 2>/dev/null || true; done
+  wait 2>/dev/null || true
+  rm -rf "$work"
+}
+trap cleanup EXIT
+
+fail() {
+  echo "$case: $*" >&2
+  [ -z "${KEEP_SCREEN:-}" ] || import -window root "$KEEP_SCREEN" || true
+  exit 1
+}
+
+# wait_for SECONDS COMMAND...: until it succeeds.
+wait_for() {
+  local end=$((SECONDS + $1))
+  shift
+  until "$@"; do
+    [ $SECONDS -lt $end ] || return 1
+    sleep 0.05
+  done
+}
+
+start_screen() {
+  exec 7<> <(:)
+  Xvfb -displayfd 7 -screen 0 1280x1024x24 -nolisten tcp >"$work/xvfb" 2>&1 7>"$work/display" &
+  pids+=($!)
+  wait_for 20 test -s "$work/display" || fail 'no screen'
+  export DISPLAY=:$(tr -d '\n' <"$work/display")
+  openbox >"$work/openbox" 2>&1 &
+  pids+=($!)
+  wait_for 20 xprop_root || fail 'no window manager'
+}
+xprop_root() { xdotool get_desktop >/dev/null 2>&1; }
+
+# start_program [SIM OPTION...]
+start_program() {
+  cd "$work"
+  "$bin/vt63x-sim" --card 5A3C1E78 --trace "$work/trace" "$@" -- "$bin/wps" 2>"$work/err" &
+  program=$!
+  pids+=($program)
+  main=$(find_window "$title") || fail "no window: $(cat "$work/err")"
+  xdotool windowactivate --sync "$main"
+}
+
+# find_window TITLE: waits for it and prints its id.
+find_window() { timeout 20 xdotool search --sync --onlyvisible --name "^$1\$" | head -1; }
+there_is() { xdotool search --onlyvisible --name "^$1\$" >/dev/null 2>&1; }
+there_is_no() { ! there_is "$1"; }
+gone() { ! kill -0 "$program" 2>/dev/null; }
+
+keys() { xdotool key --delay 30 "$@"; }
+# type_line TEXT: into the command line, and Enter.
+type_line() {
+  keys alt+l
+  xdotool type --delay 5 "$1"
+  keys Return
+}
+# The log, by way of the command that saves it. Each call gets a file of its own.
+saved=0
+log() {
+  saved=$((saved + 1))
+  type_line "sav l$saved.txt"
+  wait_for 10 test -s "$work/L$saved.TXT" || return 1
+  cat "$work/L$saved.TXT"
+}
+log_has() { log | grep -qF -- "$1"; }
+expect_log() { log_has "$1" || fail "not in the log: $1"$'\n'"$(cat "$work/L$saved.TXT" 2>/dev/null)"; }
+
+# select_file PATH: through the file dialog.
+select_file() {
+  keys alt+s
+  find_window '.*(Open|Select).*' >/dev/null || fail 'no file dialog'
+  xdotool type --delay 5 "$1"
+  keys Return
+  wait_for 10 there_is_no '.*(Open|Select).*' || fail 'the file dialog stays'
+}
+
+case_typed_line() {
+  keys alt+o
+  type_line 'gr 37'
+  expect_log 'GR  37          // data == 91  // (Status: 0x0000)'
+  grep -q ' R 37' "$work/trace" || fail 'no read on the line'
+}
+
+# Up shows the line before, Down goes on; what is shown can be sent again.
+case_history() {
+  keys alt+o
+  type_line 'sr 2b 01'
+  type_line 'sr 2b 02'
+  type_line 'sr 2b 03'
+  keys Up Up Return
+  expect_log $'SR  2B  03                     // (Status: 0x0000)\r\nSR  2B  02'
+  keys Down Return
+  [ "$(log | grep -c 'SR  2B  01')" -eq 2 ] || fail 'Down does not go on with the oldest line'
+}
+
+# In the command line it empties the line, in the log pane it does nothing; neither closes.
+case_escape() {
+  keys alt+o
+  keys alt+l
+  xdotool type --delay 5 'gr 99'
+  keys Escape
+  type_line 'gr 37'
+  expect_log 'GR  37'
+  log_has 'GR  99' && fail 'Escape left the line'
+  eval "$(xdotool getwindowgeometry --shell "$main")"
+  xdotool mousemove $((X + WIDTH / 2)) $((Y + HEIGHT - 60)) click 1
+  keys Escape
+  type_line 'gr 36'
+  expect_log 'GR  36'
+  # The close request that each Escape brought along is used up: the close box closes at once.
+  xdotool key --window "$main" alt+F4 2>/dev/null || true
+  keys alt+F4
+  wait_for 10 gone || fail 'the close box does not close'
+  [ "$(cat "$work/wps_start.cfg")" = 0 ] || fail 'the port is not remembered'
+}
+
+case_mnemonics() {
+  # "&Process" is disabled while the port is closed, so Alt+P is the menu "&Port" and S its item.
+  keys alt+p
+  keys s
+  find_window 'RS 232' >/dev/null || fail 'Alt+P S does not open the port settings'
+  keys Tab Tab  # to the list and on
+  keys alt+s
+  keys Down
+  keys alt+v
+  keys alt+a
+  wait_for 10 there_is_no 'RS 232' || fail 'Alt+A does not apply'
+  keys alt+f
+  keys x
+  wait_for 10 gone || fail 'Alt+F X does not end the program'
+  [ "$(cat "$work/wps_start.cfg")" = 1 ] || fail "port $(cat "$work/wps_start.cfg") instead of 1"
+}
+
+size() {
+  eval "$(xdotool getwindowgeometry --shell "$main")"
+  echo "$WIDTH $HEIGHT"
+}
+# drag FROM_X FROM_Y BY_X BY_Y, in small steps as a hand does.
+drag() {
+  xdotool mousemove "$1" "$2" mousedown 1
+  local i
+  for i in 1 2 3 4 5 6 7 8; do
+    xdotool mousemove $(($1 + $3 * i / 8)) $(($2 + $4 * i / 8))
+    sleep 0.03
+  done
+  xdotool mouseup 1
+}
+size_is() { [ "$(size)" = "$1" ]; }
+
+# The width stays, the height never goes below that at the start, the lower edge can go down.
+case_resize() {
+  eval "$(xdotool getwindowgeometry --shell "$main")"
+  local width=$WIDTH height=$HEIGHT
+  drag $((X + WIDTH + 1)) $((Y + HEIGHT / 2)) 120 0
+  wait_for 5 size_is "$width $height" || fail "wider: $(size) instead of $width $height"
+  drag $((X + WIDTH + 1)) $((Y + HEIGHT / 2)) -120 0
+  wait_for 5 size_is "$width $height" || fail "narrower: $(size) instead of $width $height"
+  eval "$(xdotool getwindowgeometry --shell "$main")"
+  drag $((X + WIDTH / 2)) $((Y + HEIGHT + 1)) 0 -150
+  wait_for 5 size_is "$width $height" || fail "shorter: $(size) instead of $width $height"
+  eval "$(xdotool getwindowgeometry --shell "$main")"
+  drag $((X + WIDTH / 2)) $((Y + HEIGHT + 1)) 0 100
+  sleep 0.3
+  eval "$(xdotool getwindowgeometry --shell "$main")"
+  [ "$WIDTH" -eq "$width" ] || fail "taller: width $WIDTH instead of $width"
+  [ "$HEIGHT" -gt "$((height + 50))" ] || fail "taller: height $HEIGHT, was $height"
+}
+
+case_break() {
+  printf '::: LOOP\nINC ML0\nJMP LOOP\n' >"$work/endless.wcf"
+  keys alt+o
+  select_file "$work/endless.wcf"
+  keys alt+w
+  find_window 'Processing\.\.\.' >/dev/null || fail 'no processing dialog'
+  sleep 0.3
+  keys Return  # the default button, Break
+  wait_for 10 there_is_no 'Processing\.\.\.' || fail 'Break does not end the run'
+  expect_log 'User Break recognised.'
+}
+
+case_file_dialog() {
+  mkdir "$work/scripts"
+  printf 'GR 37\n' >"$work/scripts/one.wcf"
+  printf 'GR 36\n' >"$work/scripts/two.wcf"
+  keys alt+o
+  select_file "$work/scripts/one.wcf"
+  keys alt+n  # the override name, for another file of the folder
+  keys ctrl+a
+  xdotool type --delay 5 two
+  keys alt+w
+  wait_for 10 grep -q ' R 36' "$work/trace" || fail 'the other file did not run'
+  expect_log "Processing $work/scripts/two.wcf"
+  [ ! -e "$work/scripts/L1.TXT" ] || fail 'the current folder moved'
+}
+
+# A double click on every control from the first to the last; the program answers afterwards.
+case_double_clicks() {
+  keys alt+o
+  eval "$(xdotool getwindowgeometry --shell "$main")"
+  local x y
+  for y in 30 50 70 100 130 150 175 215 240 300 400; do
+    for x in 30 100 200 350 520 700; do
+      [ "$x" -lt "$WIDTH" ] && [ "$y" -lt "$HEIGHT" ] || continue
+      xdotool mousemove $((X + x)) $((Y + y)) click --repeat 2 --delay 40 1
+      sleep 0.1
+      # Whatever opened is left again.
+      local i
+      for i in 1 2 3; do
+        [ "$(xdotool getactivewindow)" = "$main" ] || { keys alt+F4; sleep 0.1; }
+      done
+      gone && fail "gone after a double click at $x, $y"
+    done
+  done
+  keys Escape
+  xdotool windowactivate --sync "$main"
+  keys alt+o
+  type_line 'gr 37'
+  expect_log 'GR  37'
+}
+
+start_screen
+start_program
+"case_$case"
