@@ -5,6 +5,8 @@
 
 #include <windows.h>
 
+#include <string>
+
 #include "script/command_file.h"
 #include "script/line_parser.h"
 
@@ -22,6 +24,14 @@ DWORD WINAPI RunCommandFile(void* action);
 // The lines of `file` from resume_line on, as RunCommandFile executes them, with the break checked
 // before each.
 ScriptEnd RunLines(LineParser& parser, const CommandFile& file);
+
+// Retargets the path of a command file to another file of its folder with its extension:
+// `base_name` takes the place of the file's name up to the last full stop. False, and the path as
+// it was, when the new one would not fit.
+bool OverridePath(char (&path)[MAX_PATH], const char* base_name);
+
+// The name of the file without folder and extension.
+std::string PathBaseName(const char* path);
 
 }  // namespace vt63x
 

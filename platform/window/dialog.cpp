@@ -149,10 +149,12 @@ void Dialog::SizeMayHaveChanged() {
   if (size == told_size_ && state == told_state_) return;
   told_size_ = size;
   told_state_ = state;
-  Send(WM_SIZE, state, MAKELPARAM(size.width(), size.height()));
+  // While the window is made its procedure does not hear of sizes.
+  if (initialised_) Send(WM_SIZE, state, MAKELPARAM(size.width(), size.height()));
 }
 
 void Dialog::Initialise(LPARAM parameter) {
+  initialised_ = true;
   Window* const first = NextTabStop(*this, nullptr, false);
   const auto wanted = reinterpret_cast<WPARAM>(first == nullptr ? nullptr : first->handle());
   const INT_PTR answer = dialog_procedure_(handle(), WM_INITDIALOG, wanted, parameter);

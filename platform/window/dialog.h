@@ -72,6 +72,7 @@ class Dialog : public Window {
   HWND marked_default_ = nullptr;
   int default_id_ = 0;
   bool shown_by_template_;
+  bool initialised_ = false;
   QSize told_size_;
   UINT told_state_ = SIZE_RESTORED;
 };

@@ -1,8 +1,8 @@
 // A frame with a caption around controls that are its neighbours, not its children. Clicks go
 // through it.
 
-#include <QStyleOptionGroupBox>
-#include <QStylePainter>
+#include <QPainter>
+#include <QStyle>
 
 #include "platform/window/control_classes.h"
 #include "platform/window/text_codec.h"
@@ -18,17 +18,24 @@ class Frame : public QWidget {
   QString caption;
 
  protected:
+  // The line runs through the middle of the caption, which interrupts it.
   void paintEvent(QPaintEvent*) override {
-    QStylePainter painter(this);
-    QStyleOptionGroupBox option;
-    option.initFrom(this);
-    option.text = caption;
-    option.lineWidth = 1;
-    option.midLineWidth = 0;
-    option.textAlignment = Qt::AlignLeft;
-    option.subControls = QStyle::SC_GroupBoxFrame | QStyle::SC_GroupBoxLabel;
-    painter.drawComplexControl(QStyle::CC_GroupBox, option);
+    QPainter painter(this);
+    const QFontMetrics metrics = fontMetrics();
+    const QRect line(0, metrics.height() / 2, width() - 1, height() - metrics.height() / 2 - 1);
+    painter.setPen(palette().color(QPalette::Mid));
+    painter.drawRect(line);
+    if (caption.isEmpty()) return;
+    const int extent = metrics.size(Qt::TextShowMnemonic, caption).width();
+    const QRect text(kInset, 0, extent + 2 * kGap, metrics.height());
+    painter.fillRect(text, palette().color(QPalette::Window));
+    style()->drawItemText(&painter, text, Qt::AlignCenter | Qt::TextShowMnemonic, palette(),
+                          isEnabled(), caption, QPalette::WindowText);
   }
+
+ private:
+  static constexpr int kInset = 7;  // pixels from the left edge to the gap in the line
+  static constexpr int kGap = 2;
 };
 
 class GroupBox : public Control<Frame> {

@@ -95,6 +95,11 @@ void PostToWindow(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
 void DispatchMessages() {
   for (int i = 0; i < kMessagesAtOnce; ++i) {
     RunWaitingCalls();
+    // Once a dialog is ended its loop takes no further message; they are for the loop around it.
+    if (ModalLoop::InnermostEnded()) {
+      WakeMainThread();
+      return;
+    }
     const std::optional<posted_message> message = NextMessage();
     if (!message) break;
     // Messages may be left when a nested loop begins in here: it must wake up for them.

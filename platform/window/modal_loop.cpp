@@ -60,6 +60,8 @@ void ModalLoop::EndInnermost() {
   if (!Loops().empty()) Loops().back()->End();
 }
 
+bool ModalLoop::InnermostEnded() { return !Loops().empty() && Loops().back()->ended(); }
+
 // The dialog may be destroyed at any message; what is left to do goes by its handle.
 INT_PTR RunModalDialog(Dialog& dialog, OwnerDisabled& owner, LPARAM parameter) {
   const HWND handle = dialog.handle();

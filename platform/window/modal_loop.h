@@ -43,6 +43,7 @@ class ModalLoop {
 
   // Somebody wants to quit: the innermost ends, and then the one around it.
   static void EndInnermost();
+  static bool InnermostEnded();
   // For a loop of the toolkit's own (a menu, a file dialog): `end` breaks it off.
   explicit ModalLoop(std::function<void()> end);
 

@@ -97,6 +97,9 @@ struct AppState {
 
   // Length of the text in log_buf, so that an append need not walk over it; guarded by log_lock.
   std::size_t log_length = 0;
+  // Counts the times that the text began anew: who shows the log needs only what was added as long
+  // as it stays. Guarded by log_lock.
+  std::uint32_t log_generation = 0;
 
   // The program's two locks. Neither is held across a call that may wait for the main thread.
   std::mutex log_lock;   // the text in log_buf

@@ -25,6 +25,7 @@ std::size_t TextLength(const AppState& state) {
 }
 
 void SetText(AppState& state, std::size_t position, const char* text, std::size_t length) {
+  if (position == 0) ++state.log_generation;
   std::memcpy(state.log_buf + position, text, length);
   state.log_buf[position + length] = '\0';
   state.log_length = position + length;

@@ -1,0 +1,178 @@
+#include "shell/command_file.h"
+
+#include <atomic>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "script/runner.h"
+#include "shell/file_request.h"
+#include "shell/program.h"
+#include "shell/resources/resource.h"
+#include "shell/state/log.h"
+
+namespace vt63x {
+namespace {
+
+constexpr char kNone[] = "NULL";
+constexpr int kReapAttempts = 30;
+constexpr DWORD kReapPauseMs = 100;
+
+// Read by the threads of a run, written before they start.
+action_param thread_param;
+
+// A runner executes nothing before both threads are there, and nothing at all if one is missing.
+enum class StartGate { kClosed, kOpen, kCancelled };
+std::atomic<StartGate> start_gate = StartGate::kClosed;
+
+DWORD WINAPI RunWhenAllowed(void* action) {
+  start_gate.wait(StartGate::kClosed);
+  return start_gate == StartGate::kOpen ? RunCommandFile(action) : 0;
+}
+
+void LetRunnerGo(StartGate how) {
+  start_gate = how;
+  start_gate.notify_all();
+}
+
+bool NoneSelected(const AppState& state) { return std::strcmp(state.wcf_path, kNone) == 0; }
+
+void ShowPath(const AppState& state) {
+  SetDlgItemTextA(state.main_wnd, IDC_COMMAND_FILE, state.wcf_path);
+}
+
+void AskForFile(AppState& state) {
+  char path[MAX_PATH] = "*.wcf";
+  const bool chosen = AskFileToOpen(state, "Command File", "*.wcf", path);
+  std::memcpy(state.wcf_path, chosen ? path : "NULL", chosen ? sizeof path : sizeof kNone);
+  if (chosen) {
+    // Its notification runs ApplyOverrideName, which finds the path as it is.
+    SetDlgItemTextA(state.main_wnd, IDC_OVERRIDE_NAME, PathBaseName(path).c_str());
+  }
+  ShowPath(state);
+}
+
+bool CanBeRead(const char* path) {
+  std::FILE* const file = std::fopen(path, "r");
+  if (file == nullptr) return false;
+  std::fclose(file);
+  return true;
+}
+
+void CloseThread(HANDLE& thread) {
+  CloseHandle(thread);
+  thread = nullptr;
+}
+
+void StartRun(AppState& state) {
+  start_gate = StartGate::kClosed;
+  state.script_running = 1;
+  state.runner_thread = CreateThread(nullptr, 0, RunWhenAllowed, &thread_param, 0, nullptr);
+  if (state.runner_thread == nullptr) {
+    state.script_running = 0;
+    return;
+  }
+  state.processing_thread =
+      CreateThread(nullptr, 0, ShowProcessingDialog, &thread_param, 0, nullptr);
+  if (state.processing_thread != nullptr) {
+    LetRunnerGo(StartGate::kOpen);
+    return;
+  }
+  state.script_running = 0;
+  LetRunnerGo(StartGate::kCancelled);
+  CloseThread(state.runner_thread);
+}
+
+bool Reap(HANDLE& thread) {
+  if (thread == nullptr) return true;
+  DWORD exit_code = STILL_ACTIVE;
+  GetExitCodeThread(thread, &exit_code);
+  if (exit_code == STILL_ACTIVE) return false;
+  CloseThread(thread);
+  return true;
+}
+
+void LeaveProcessing(HWND dialog) {
+  EndDialog(dialog, 0);
+  PostMessageA(ProgramState()->main_wnd, WM_COMMAND, IDM_REAP_THREADS, 0);
+}
+
+}  // namespace
+
+void SelectCommandFile(const action_param* action) {
+  AskForFile(*action->app_state);
+  action->app_state->resume_line = 0;
+}
+
+void ApplyOverrideName(const action_param* action) {
+  AppState& state = *action->app_state;
+  if (NoneSelected(state)) return;
+  char new_fname[254];
+  GetDlgItemTextA(state.main_wnd, IDC_OVERRIDE_NAME, new_fname, sizeof new_fname);
+  // Each change is notified several times; the log hears of it once.
+  static std::string refused;
+  if (OverridePath(state.wcf_path, new_fname)) {
+    refused.clear();
+    ShowPath(state);
+  } else if (refused != new_fname) {
+    refused = new_fname;
+    log_append(action, "Error: Override name does not fit into the path (259 characters).", 1);
+  }
+}
+
+void ProcessCommandFile(const action_param* action) {
+  AppState& state = *action->app_state;
+  if (state.script_running != 0) return;
+  if (NoneSelected(state)) AskForFile(state);
+  if (NoneSelected(state)) return;
+  if (!CanBeRead(state.wcf_path)) {
+    log_append(action, "Error: Cannot process WCF (not found).", 1);
+    return;
+  }
+  ReapThreads(action);
+  if (state.runner_thread != nullptr || state.processing_thread != nullptr) return;
+  thread_param = *action;
+  StartRun(state);
+}
+
+void ReapThreads(const action_param* action) {
+  AppState& state = *action->app_state;
+  for (int attempt = 0; attempt < kReapAttempts; ++attempt) {
+    const bool runner = Reap(state.runner_thread);
+    const bool processing = Reap(state.processing_thread);
+    if (runner && processing) return;
+    Sleep(kReapPauseMs);
+  }
+}
+
+DWORD WINAPI ShowProcessingDialog(void* parameter) {
+  const action_param& action = *static_cast<action_param*>(parameter);
+  DialogBoxParamA(action.instance, MAKEINTRESOURCEA(IDD_PROCESSING), action.main_wnd,
+                  ProcessingDlgProc, 0);
+  action.app_state->processing_dlg = nullptr;
+  return 0;
+}
+
+INT_PTR CALLBACK ProcessingDlgProc(HWND dialog, UINT message, WPARAM wparam, LPARAM) {
+  AppState& state = *ProgramState();
+  switch (message) {
+    case WM_INITDIALOG:
+      state.processing_dlg = dialog;
+      // The run may be over already; then nobody else would close the dialog.
+      if (state.script_running == 0) LeaveProcessing(dialog);
+      return TRUE;
+    case WM_COMMAND:
+      if (LOWORD(wparam) != IDC_BREAK) return FALSE;
+      EnableWindow(GetDlgItem(dialog, IDC_BREAK), FALSE);
+      state.script_running = 0;
+      return TRUE;
+    case WM_CLOSE:
+    case WM_QUIT:
+      LeaveProcessing(dialog);
+      return TRUE;
+    default:
+      return FALSE;
+  }
+}
+
+}  // namespace vt63x
