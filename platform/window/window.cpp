@@ -159,8 +159,8 @@ void Window::Destroy() {
   if (destroyed_) return;
   FocusWindowGone(*this);
   Retire();
-  // A dialog frees its controls; what else goes alone is freed when nothing is on the stack.
-  Table().destroyed.push_back(this);
+  // A dialog frees its controls, and is freed itself when nothing is on the stack.
+  if (!is_control()) Table().destroyed.push_back(this);
 }
 
 void Window::FreeDestroyed() {

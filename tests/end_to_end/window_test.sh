@@ -18,6 +18,7 @@ trap cleanup EXIT
 
 fail() {
   echo "$case: $*" >&2
+  head -20 "$work/err" >&2 || true
   [ -z "${KEEP_SCREEN:-}" ] || import -window root "$KEEP_SCREEN" || true
   exit 1
 }
@@ -33,7 +34,6 @@ wait_for() {
 }
 
 start_screen() {
-  exec 7<> <(:)
   Xvfb -displayfd 7 -screen 0 1280x1024x24 -nolisten tcp >"$work/xvfb" 2>&1 7>"$work/display" &
   pids+=($!)
   wait_for 20 test -s "$work/display" || fail 'no screen'
@@ -67,16 +67,19 @@ type_line() {
   xdotool type --delay 5 "$1"
   keys Return
 }
-# The log, by way of the command that saves it. Each call gets a file of its own.
+# save_log: into the file $log, by way of the command that does so; each call into another.
 saved=0
-log() {
+save_log() {
   saved=$((saved + 1))
-  type_line "sav l$saved.txt"
-  wait_for 10 test -s "$work/L$saved.TXT" || return 1
-  cat "$work/L$saved.TXT"
+  log=$work/L$saved.txt
+  type_line "sav l$saved"
+  wait_for 10 test -s "$log" || fail 'the log was not saved'
 }
-log_has() { log | grep -qF -- "$1"; }
-expect_log() { log_has "$1" || fail "not in the log: $1"$'\n'"$(cat "$work/L$saved.TXT" 2>/dev/null)"; }
+log_has() {
+  save_log
+  grep -qF -- "$1" "$log"
+}
+expect_log() { log_has "$1" || fail "not in the log: $1"$'\n'"$(cat "$log")"; }
 
 # select_file PATH: through the file dialog.
 select_file() {
@@ -101,9 +104,11 @@ case_history() {
   type_line 'sr 2b 02'
   type_line 'sr 2b 03'
   keys Up Up Return
-  expect_log $'SR  2B  03                     // (Status: 0x0000)\r\nSR  2B  02'
+  save_log
+  [ "$(grep -c 'SR  2B  02' "$log")" -eq 2 ] || fail "Up does not bring the line before: $(cat "$log")"
   keys Down Return
-  [ "$(log | grep -c 'SR  2B  01')" -eq 2 ] || fail 'Down does not go on with the oldest line'
+  save_log
+  [ "$(grep -c 'SR  2B  01' "$log")" -eq 2 ] || fail 'Down does not go on with the oldest line'
 }
 
 # In the command line it empties the line, in the log pane it does nothing; neither closes.
@@ -203,7 +208,7 @@ case_file_dialog() {
   keys alt+w
   wait_for 10 grep -q ' R 36' "$work/trace" || fail 'the other file did not run'
   expect_log "Processing $work/scripts/two.wcf"
-  [ ! -e "$work/scripts/L1.TXT" ] || fail 'the current folder moved'
+  [ ! -e "$work/scripts/L1.txt" ] || fail 'the current folder moved'
 }
 
 # A double click on every control from the first to the last; the program answers afterwards.
