@@ -1,6 +1,7 @@
 #include <QCheckBox>
 
 #include "platform/window/control_classes.h"
+#include "platform/window/focus.h"
 #include "platform/window/text_codec.h"
 
 namespace vt63x::ui {
@@ -20,7 +21,9 @@ class CheckBox : public Control<QCheckBox> {
       case WM_GETDLGCODE:
         return DLGC_BUTTON;
       case BM_CLICK:
-        if (enabled()) toolkit().click();
+        if (!enabled()) return 0;
+        MoveFocus(this);
+        toolkit().click();
         return 0;
       case BM_GETCHECK:
         return toolkit().isChecked() ? BST_CHECKED : BST_UNCHECKED;

@@ -243,12 +243,13 @@ void Dialog::Destroy() {
     if (!window->destroyed() && !window->is_control() && window->parent() == this)
       window->Destroy();
   }
+  FocusWindowGone(*this);
   Send(WM_DESTROY, 0, 0);
   if (destroyed()) return;
   for (const auto& control : controls_) control->Destroy();
   if (loop != nullptr) loop->End();
   loop = nullptr;
-  Window::Destroy();
+  Finish();
 }
 
 }  // namespace vt63x::ui

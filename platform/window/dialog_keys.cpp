@@ -159,7 +159,6 @@ bool PressMnemonic(Dialog& dialog, Window& from, WPARAM character) {
   Window* const control = MnemonicControl(dialog, from, character);
   if (control == nullptr) return false;
   if ((CodeOf(*control) & DLGC_STATIC) == 0) {
-    MoveFocus(control);
     control->Send(BM_CLICK, 0, 0);
     return true;
   }

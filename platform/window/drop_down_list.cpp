@@ -45,6 +45,7 @@ class DropDownList : public Control<Box> {
         Notify(CBN_SETFOCUS);
         return 0;
       case WM_KILLFOCUS:
+        Notify(CBN_SELENDCANCEL);
         Notify(CBN_KILLFOCUS);
         return 0;
       case CB_ADDSTRING:

@@ -61,10 +61,13 @@ Window* MoveFocus(Window* window) {
 
 void ToolkitFocusMoved(QWidget* now) {
   if (ours) return;
+  // Between two windows of the program nobody has it for a moment.
+  const bool active = QGuiApplication::applicationState() == Qt::ApplicationActive;
+  if (now == nullptr && active) return;
   Window* window = now == nullptr ? nullptr : Window::OfWidget(now);
   // A menu or a drop-down of ours has it for a moment.
   if (window != nullptr && now->window() != window->dialog()->frame()) return;
-  // The toolkit gives it to the client area when the control that has it is disabled.
+  // The client area has it while nobody else wants it.
   if (window != nullptr && !window->is_control()) {
     Window* const remembered = Window::Find(window->dialog()->remembered_focus());
     if (remembered != nullptr) window = remembered;
@@ -77,22 +80,35 @@ void ToolkitFocusMoved(QWidget* now) {
 
 void FocusWindowGone(Window& window) {
   Window* const holder = FocusWindow();
-  if (holder == nullptr) return;
-  if (holder != &window && holder->dialog() != &window) return;
-  focus = nullptr;
+  const bool inside = holder != nullptr && (holder == &window || holder->dialog() == &window);
+  // An active dialog may have nobody with the focus, since a disabled control cannot have it.
+  const bool active = holder == nullptr && !window.is_control() && window.widget()->isActiveWindow();
+  if (!inside && !active) return;
   Window* const owner = window.is_control() ? nullptr : window.parent();
-  if (owner == nullptr || owner->destroyed() || !owner->enabled()) return;
+  if (owner == nullptr || !owner->enabled()) {
+    MoveFocus(nullptr);
+    return;
+  }
   Window* const remembered = Window::Find(owner->dialog()->remembered_focus());
   MoveFocus(remembered != nullptr ? remembered : owner);
 }
 
-void EnableWidget(Window& control, bool enable) {
+void HideWidget(QWidget& widget) {
   const Following following;
-  const bool has_focus = focus == control.handle();
+  widget.hide();
+}
+
+void EnableWidget(Window& control, bool enable) {
   Dialog* const dialog = control.dialog();
-  if (has_focus && !enable && dialog != nullptr) dialog->client()->setFocus();
+  if (!enable && focus == control.handle()) {
+    focus = nullptr;
+    Tell(&control, nullptr);
+    // Keys go to the dialog as long as nobody else takes the focus.
+    const Following following;
+    if (dialog != nullptr) dialog->client()->setFocus();
+  }
+  const Following following;
   control.widget()->setEnabled(enable);
-  if (has_focus && enable) control.widget()->setFocus();
 }
 
 }  // namespace vt63x::ui

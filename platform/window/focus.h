@@ -2,8 +2,8 @@
 #define VT63X_PLATFORM_WINDOW_FOCUS_H
 
 // Who has the keyboard. The rules are those of Windows and not the toolkit's: SetFocus takes effect
-// at once, and a control keeps the focus when it is disabled (keys then go nowhere, Tab still moves
-// on). WM_KILLFOCUS and WM_SETFOCUS tell. Main thread only.
+// at once, and when the control that has it is disabled nobody has it (Tab still moves on from
+// there). WM_KILLFOCUS and WM_SETFOCUS tell. Main thread only.
 
 #include "platform/window/window.h"
 
@@ -22,6 +22,9 @@ void ToolkitFocusMoved(QWidget* now);
 
 // The window is being destroyed: a dialog's focus goes back to its owner.
 void FocusWindowGone(Window& window);
+
+// Hides the widget of a window that is gone.
+void HideWidget(QWidget& widget);
 
 // Enables or disables a control's widget without the toolkit moving the focus.
 void EnableWidget(Window& control, bool enable);

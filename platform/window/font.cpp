@@ -19,8 +19,8 @@ struct FontTable {
 };
 
 FontTable& Table() {
-  static FontTable table;
-  return table;
+  static FontTable* const table = new FontTable;
+  return *table;
 }
 
 // The largest size whose lines are not higher than `height` pixels.

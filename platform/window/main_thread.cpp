@@ -35,8 +35,8 @@ struct CallQueue {
 };
 
 CallQueue& Queue() {
-  static CallQueue queue;
-  return queue;
+  static CallQueue* const queue = new CallQueue;
+  return *queue;
 }
 
 std::atomic<DWORD> main_thread = 0;
@@ -47,8 +47,8 @@ void ClearWake() {
   if (read(wake_descriptor, &count, sizeof count) < 0) return;  // nothing to clear
 }
 
-// The toolkit wants its application gone before the end of the program, while its libraries are
-// still whole.
+// Never destroyed: other threads may call until the very end, and the toolkit's libraries take
+// their own parts down before ours.
 struct Application {
   Application() {
     static int count = 1;
@@ -65,15 +65,6 @@ struct Application {
     filter = MakeEventFilter();
     application->installEventFilter(filter.get());
   }
-  ~Application() {
-    main_thread = 0;
-    filter.reset();
-    notifier.reset();
-    application.reset();
-    close(wake_descriptor.exchange(-1));
-  }
-  Application(const Application&) = delete;
-  Application& operator=(const Application&) = delete;
 
   std::unique_ptr<QApplication> application;
   std::unique_ptr<QSocketNotifier> notifier;
@@ -101,8 +92,8 @@ void Finish(thread_call& call) {
 
 void NeedApplication() {
   if (main_thread != 0) return;
-  Queue();  // outlives the application
-  static Application application;
+  static Application* const application = new Application;
+  static_cast<void>(application);
   main_thread = GetCurrentThreadId();
 }
 

@@ -47,8 +47,8 @@ struct MenuTable {
 };
 
 MenuTable& Table() {
-  static MenuTable table;
-  return table;
+  static MenuTable* const table = new MenuTable;
+  return *table;
 }
 
 Menu* Find(HMENU handle) {

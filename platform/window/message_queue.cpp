@@ -31,8 +31,8 @@ struct MessageQueue {
 };
 
 MessageQueue& Queue() {
-  static MessageQueue queue;
-  return queue;
+  static MessageQueue* const queue = new MessageQueue;  // as long as any thread lives
+  return *queue;
 }
 
 std::optional<posted_message> NextMessage() {
@@ -61,8 +61,8 @@ using timer_key = std::pair<HWND, UINT_PTR>;
 
 // Main thread.
 std::map<timer_key, std::unique_ptr<QTimer>>& Timers() {
-  static std::map<timer_key, std::unique_ptr<QTimer>> timers;
-  return timers;
+  static auto* const timers = new std::map<timer_key, std::unique_ptr<QTimer>>;
+  return *timers;
 }
 
 void StopTimer(std::map<timer_key, std::unique_ptr<QTimer>>::iterator timer) {

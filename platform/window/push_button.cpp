@@ -1,6 +1,7 @@
 #include <QPushButton>
 
 #include "platform/window/control_classes.h"
+#include "platform/window/focus.h"
 #include "platform/window/text_codec.h"
 
 namespace vt63x::ui {
@@ -21,7 +22,9 @@ class PushButton : public Control<QPushButton> {
       case WM_GETDLGCODE:
         return DLGC_BUTTON | (IsDefault() ? DLGC_DEFPUSHBUTTON : DLGC_UNDEFPUSHBUTTON);
       case BM_CLICK:
-        if (enabled()) toolkit().click();
+        if (!enabled()) return 0;
+        MoveFocus(this);
+        toolkit().click();
         return 0;
       case BM_SETSTYLE:
         ChangeStyle((style() & ~DWORD{0x0f}) | (wparam & 0x0f));

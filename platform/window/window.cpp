@@ -25,8 +25,8 @@ struct WindowTable {
 };
 
 WindowTable& Table() {
-  static WindowTable table;
-  return table;
+  static WindowTable* const table = new WindowTable;
+  return *table;
 }
 
 // Handles of living windows, for any thread.
@@ -36,8 +36,8 @@ struct HandleSet {
 };
 
 HandleSet& Handles() {
-  static HandleSet set;
-  return set;
+  static HandleSet* const set = new HandleSet;  // as long as any thread lives
+  return *set;
 }
 
 }  // namespace
@@ -67,7 +67,7 @@ void Window::AddWidget(QWidget* widget) { Table().of_widget[widget] = this; }
 void Window::Retire() {
   destroyed_ = true;
   std::erase(Table().living, this);
-  if (widget_ != nullptr) widget_->hide();
+  if (widget_ != nullptr) HideWidget(*widget_);
   const std::lock_guard lock(Handles().mutex);
   Handles().handles.erase(handle_);
 }
@@ -154,10 +154,15 @@ LRESULT Window::CopyText(char* buffer, std::size_t size) const {
 
 void Window::Destroy() {
   if (destroyed_) return;
+  FocusWindowGone(*this);
   Send(WM_DESTROY, 0, 0);
+  Finish();
+}
+
+void Window::Finish() {
+  if (destroyed_) return;
   Send(WM_NCDESTROY, 0, 0);
   if (destroyed_) return;
-  FocusWindowGone(*this);
   Retire();
   // A dialog frees its controls, and is freed itself when nothing is on the stack.
   if (!is_control()) Table().destroyed.push_back(this);

@@ -84,6 +84,8 @@ class Window {
   void AddWidget(QWidget* widget);
   // Takes the handle away and hides the widget.
   void Retire();
+  // The end of Destroy: WM_NCDESTROY, and the window is no more.
+  void Finish();
 
  private:
   LRESULT CopyText(char* buffer, std::size_t size) const;

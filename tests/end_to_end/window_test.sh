@@ -60,6 +60,12 @@ there_is() { xdotool search --onlyvisible --name "^$1\$" >/dev/null 2>&1; }
 there_is_no() { ! there_is "$1"; }
 gone() { ! kill -0 "$program" 2>/dev/null; }
 
+# place: X, Y, WIDTH and HEIGHT of the main window without its frame.
+place() {
+  eval "$(xwininfo -id "$main" | sed -nE \
+    's/ *Absolute upper-left ([XY]): *(.*)/\1=\2/p; s/ *Width: *(.*)/WIDTH=\1/p; s/ *Height: *(.*)/HEIGHT=\1/p')"
+}
+
 keys() { xdotool key --delay 30 "$@"; }
 # type_line TEXT: into the command line, and Enter.
 type_line() {
@@ -120,7 +126,7 @@ case_escape() {
   type_line 'gr 37'
   expect_log 'GR  37'
   log_has 'GR  99' && fail 'Escape left the line'
-  eval "$(xdotool getwindowgeometry --shell "$main")"
+  place
   xdotool mousemove $((X + WIDTH / 2)) $((Y + HEIGHT - 60)) click 1
   keys Escape
   type_line 'gr 36'
@@ -150,7 +156,7 @@ case_mnemonics() {
 }
 
 size() {
-  eval "$(xdotool getwindowgeometry --shell "$main")"
+  place
   echo "$WIDTH $HEIGHT"
 }
 # drag FROM_X FROM_Y BY_X BY_Y, in small steps as a hand does.
@@ -167,19 +173,19 @@ size_is() { [ "$(size)" = "$1" ]; }
 
 # The width stays, the height never goes below that at the start, the lower edge can go down.
 case_resize() {
-  eval "$(xdotool getwindowgeometry --shell "$main")"
+  place
   local width=$WIDTH height=$HEIGHT
   drag $((X + WIDTH + 1)) $((Y + HEIGHT / 2)) 120 0
   wait_for 5 size_is "$width $height" || fail "wider: $(size) instead of $width $height"
   drag $((X + WIDTH + 1)) $((Y + HEIGHT / 2)) -120 0
   wait_for 5 size_is "$width $height" || fail "narrower: $(size) instead of $width $height"
-  eval "$(xdotool getwindowgeometry --shell "$main")"
+  place
   drag $((X + WIDTH / 2)) $((Y + HEIGHT + 1)) 0 -150
   wait_for 5 size_is "$width $height" || fail "shorter: $(size) instead of $width $height"
-  eval "$(xdotool getwindowgeometry --shell "$main")"
+  place
   drag $((X + WIDTH / 2)) $((Y + HEIGHT + 1)) 0 100
   sleep 0.3
-  eval "$(xdotool getwindowgeometry --shell "$main")"
+  place
   [ "$WIDTH" -eq "$width" ] || fail "taller: width $WIDTH instead of $width"
   [ "$HEIGHT" -gt "$((height + 50))" ] || fail "taller: height $HEIGHT, was $height"
 }
@@ -214,7 +220,7 @@ case_file_dialog() {
 # A double click on every control from the first to the last; the program answers afterwards.
 case_double_clicks() {
   keys alt+o
-  eval "$(xdotool getwindowgeometry --shell "$main")"
+  place
   local x y
   for y in 30 50 70 100 130 150 175 215 240 300 400; do
     for x in 30 100 200 350 520 700; do
