@@ -141,7 +141,7 @@ void ReapThreads(const action_param* action) {
     const bool runner = Reap(state.runner_thread);
     const bool processing = Reap(state.processing_thread);
     if (runner && processing) return;
-    Sleep(kReapPauseMs);
+    WaitForSingleObject(runner ? state.processing_thread : state.runner_thread, kReapPauseMs);
   }
 }
 

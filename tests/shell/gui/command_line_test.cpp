@@ -1,0 +1,72 @@
+#include "tests/shell/gui/program_test.h"
+
+namespace vt63x {
+namespace {
+
+class CommandLineTest : public ProgramTest {
+ protected:
+  std::string Line() const { return Text(IDC_COMMAND_LINE); }
+  std::string Press(WPARAM key) const {
+    SendMessageA(Item(IDC_COMMAND_LINE), WM_KEYDOWN, key, 1);
+    return Line();
+  }
+};
+
+TEST_F(CommandLineTest, LinesThatDidTheirWorkComeBack) {
+  Run([&] {
+    Command(IDC_OPEN);
+    EXPECT_EQ(Press(VK_UP), "");
+    for (const char* line : {"SR 2B 02", "GR 01", "GR 02"}) {
+      Enter(line);
+      EXPECT_EQ(Line(), "");
+    }
+    for (const char* shown : {"GR 02", "GR 01", "SR 2B 02", "GR 02"})
+      EXPECT_EQ(Press(VK_UP), shown);
+    EXPECT_EQ(SendMessageA(Item(IDC_COMMAND_LINE), EM_GETSEL, 0, 0), MAKELONG(5, 5));
+    Enter("GR 02");
+    EXPECT_EQ(Press(VK_DOWN), "SR 2B 02");
+    EXPECT_EQ(Press(VK_DOWN), "GR 01");
+  });
+}
+
+TEST_F(CommandLineTest, LinesThatDidNotStayForCorrection) {
+  Run([&] {
+    Command(IDC_OPEN);
+    struct row {
+      const char* line;
+      const char* left;
+      const char* logged;  // in the last line of the log
+    };
+    for (const row& r : {row{"FOO 1", "FOO 1", "FOO"}, row{"GR", "GR", ""},
+                         row{"GR ", "GR ", "Invalid numeric format"}, row{"jmp x", "JMP X", ""},
+                         row{"brk", "BRK", ""}, row{"//> hello", "", "//< HELLO"}}) {
+      Command(IDM_CLEAR_LOG);
+      Enter(r.line);
+      EXPECT_EQ(Line(), r.left) << r.line;
+      EXPECT_NE(LastLine().find(r.logged), std::string::npos) << r.line << ": " << LastLine();
+      if (*r.logged == '\0') {
+        EXPECT_EQ(Log(), "") << r.line;
+      }
+    }
+    EXPECT_EQ(Press(VK_UP), "//> HELLO");
+  });
+}
+
+TEST_F(CommandLineTest, AnyTextIsTakenAndNothingBreaks) {
+  Run([&] {
+    Command(IDC_OPEN);
+    for (const std::string& text :
+         {std::string(5000, 'A'), std::string("GR 37\r\nGR 36"),
+          std::string("\xc3\xa4\xc3\xb6 \xff\xfe"), std::string("//> \xe2\x82\xac\xc3\xa4"),
+          std::string("%s%n%x"), std::string("\t\t\t")}) {
+      Enter(text.c_str());
+    }
+    Enter("//> \xff");
+    EXPECT_EQ(LastLine(), "//< \xff");
+    Enter("GR 37");
+    EXPECT_EQ(LastLine(), "GR  37          // data == 91  // (Status: 0x0000)");
+  });
+}
+
+}  // namespace
+}  // namespace vt63x

@@ -1,0 +1,273 @@
+#include "tests/shell/gui/program_test.h"
+
+namespace vt63x {
+namespace {
+
+class MainWindowTest : public ProgramTest {
+ protected:
+  int Enabled(int id) const { return IsWindowEnabled(Item(id)) != FALSE; }
+  int MenuEnabled(int id) const {
+    return (GetMenuState(GetMenu(main()), static_cast<UINT>(id), MF_BYCOMMAND) & MF_GRAYED) == 0;
+  }
+  void ExpectState(bool open, const char* when) const {
+    for (const int id : {1033, 1034, 1035, 1036, 1041, 1042, 1044, 1045, 5, 1039, 1018}) {
+      EXPECT_EQ(Enabled(id), open) << id << when;
+    }
+    for (const int id : {40006, 40007, 40008, 40010, 40014}) EXPECT_EQ(MenuEnabled(id), open) << id;
+    for (const int id : {40003, 40005}) EXPECT_EQ(MenuEnabled(id), !open) << id << when;
+    for (const int id : {40001, 40002, 40015, 40016, 40017, 40025})
+      EXPECT_TRUE(MenuEnabled(id)) << id;
+    EXPECT_EQ(Enabled(1032), !open) << when;
+    EXPECT_TRUE(Enabled(1014));
+    EXPECT_EQ(Text(1012), open ? "O" : "C") << when;
+  }
+};
+
+TEST_F(MainWindowTest, PortStateDecidesWhatCanBeUsed) {
+  Run([&] {
+    EXPECT_EQ(Text(1010), "COM1:");
+    EXPECT_EQ(Text(1011), "9600");
+    EXPECT_EQ(Text(1013), "NULL");
+    EXPECT_EQ(Text(1015), "N");
+    EXPECT_EQ(Text(1016), " ");
+    ExpectState(false, " at the start");
+    Command(IDC_OPEN);
+    ExpectState(true, " with the port open");
+    Command(IDC_ALL_TO_115K);
+    EXPECT_EQ(Text(1011), "115200");
+    Command(IDC_CLOSE);
+    ExpectState(false, " with the port closed");
+    EXPECT_EQ(Text(1011), "9600");
+    EXPECT_EQ(IsWindowVisible(Item(IDC_CPP_INTERFACE)), FALSE);
+  });
+}
+
+TEST_F(MainWindowTest, ResumeLineIsForgottenByTheButtonsAndNotByTheMenusOpen) {
+  Run([&] {
+    struct row {
+      int command;
+      int left;
+    };
+    for (const row& r : {row{IDM_OPEN, 7}, row{IDM_CLOSE, 0}, row{IDC_OPEN, 0},
+                         row{IDC_ALL_TO_115K, 0}, row{IDM_9600_BPS, 7}, row{IDC_CLOSE, 0}}) {
+      ProgramState()->resume_line = 7;
+      Command(r.command);
+      EXPECT_EQ(ProgramState()->resume_line, r.left) << r.command;
+    }
+  });
+}
+
+TEST_F(MainWindowTest, MissingOrLostPortIsSaidAndTheWindowStays) {
+  SetEnvironmentVariableA("VT63X_COM1", directory_.File("none").c_str());
+  Run([&] {
+    Command(IDC_OPEN);
+    EXPECT_EQ(Log(), "Error opening port - Check and verify (!) settings.\r\n");
+    ExpectState(false, " without a port");
+    SetEnvironmentVariableA("VT63X_COM1", chip_->path().c_str());
+    Command(IDC_OPEN);
+    ExpectState(true, " with one");
+    chip_.reset();
+    Enter("GR 37");
+    EXPECT_NE(LastLine().find("(Status: 0x"), std::string::npos);
+    EXPECT_EQ(LastLine().find("(Status: 0x0000)"), std::string::npos) << LastLine();
+    Command(IDC_ALL_TO_115K);
+    EXPECT_NE(LastLine().find("attempting to change Vt63x config!"), std::string::npos);
+    EXPECT_EQ(Text(1011), "9600");
+    Command(IDC_CLOSE);
+    ExpectState(false, " after it went away");
+  });
+}
+
+struct configuration_row {
+  const char* content;  // null: no file
+  const char* port;
+  const char* written;
+};
+
+TEST_F(MainWindowTest, ConfigurationFileOfAnyContentGivesAPort) {
+  for (const configuration_row& row :
+       {configuration_row{nullptr, "COM1:", "0"}, configuration_row{"3", "COM4:", "3"},
+        configuration_row{"8", "COM9:", "8"}, configuration_row{"9", "COM9:", "8"},
+        configuration_row{"12", "COM2:", "1"}, configuration_row{"", "COM9:", "8"},
+        configuration_row{"A", "COM9:", "8"}, configuration_row{" ", "COM9:", "8"},
+        configuration_row{"\xff\x01\x02", "COM9:", "8"}}) {
+    std::filesystem::remove("wps_start.cfg");
+    if (row.content != nullptr) WriteFile("wps_start.cfg", row.content);
+    Run([&] { EXPECT_EQ(Text(1010), row.port); });
+    EXPECT_EQ(ReadFile("wps_start.cfg"), row.written);
+  }
+}
+
+TEST_F(MainWindowTest, ConfigurationIsWrittenWhereTheProgramStarted) {
+  std::filesystem::create_directory("elsewhere");
+  Run([&] { std::filesystem::current_path("elsewhere"); });
+  EXPECT_EQ(ReadFile("wps_start.cfg"), "0");
+  std::filesystem::current_path(std::filesystem::path(directory_.File("x")).parent_path());
+  // One that cannot be written is nobody's trouble.
+  std::filesystem::remove("wps_start.cfg");
+  std::filesystem::create_directory("wps_start.cfg");
+  EXPECT_EQ(Run([] {}), 0);
+}
+
+TEST_F(MainWindowTest, ProgrammingInterfaceIsThereWhenAskedFor) {
+  struct row {
+    const char* arguments;
+    bool shown;
+  };
+  for (const row& r : {row{"", false}, row{"-pi", true}, row{"-PI", true}, row{"x,-pi", true},
+                       row{"-pix", false}, row{"--other\t-Pi\n", true}}) {
+    Run(
+        [&] {
+          EXPECT_EQ(IsWindowVisible(Item(IDC_CPP_INTERFACE)) != FALSE, r.shown) << r.arguments;
+          EXPECT_EQ(GetMenuItemCount(ProgramState()->pi_menu), r.shown ? 3 : 0) << r.arguments;
+        },
+        r.arguments);
+  }
+}
+
+TEST_F(MainWindowTest, UserActionsNeedAPortAndReachTheCard) {
+  Run(
+      [&] {
+        EXPECT_EQ(GetMenuItemID(ProgramState()->pi_menu, 0), 50502u);
+        Command(50501);
+        EXPECT_EQ(LastLine(), "Error: Cannot perform user action with closed RS 232 port.");
+        EXPECT_EQ(chip_->reads() + chip_->writes(), 0u);
+        Command(IDC_OPEN);
+        // The reader sets up the chip's timer, which ends an operation that no card answers.
+        Post(IDC_CARD_READER);
+        const HWND reader = WaitForWindow("Ostrel Reader");
+        PostMessageA(reader, WM_CLOSE, 0, 0);
+        WaitUntilGone(reader);
+        const std::uint64_t before = chip_->writes();
+        for (const auto& [command, line] :
+             {std::pair{50501, "Sample Action 2"}, std::pair{50502, "Sample Action 1"},
+              std::pair{50500, "Unknown Command Recognised by Programming Interface."},
+              std::pair{50532, "Unknown Command Recognised by Programming Interface."}}) {
+          Command(command);
+          EXPECT_EQ(LastLine(), line);
+        }
+        EXPECT_GT(chip_->writes(), before + 20);
+      },
+      "-pi");
+}
+
+TEST_F(MainWindowTest, WidthStaysHeightGrowsOnlyAndThePaneFollows) {
+  Run([&] {
+    RECT start{};
+    GetWindowRect(main(), &start);
+    const int width = start.right - start.left;
+    const int height = start.bottom - start.top;
+    struct row {
+      int width_change;
+      int height_change;
+      int height_after;
+    };
+    for (const row& r : {row{100, 0, 0}, row{-200, 0, 0}, row{0, -150, 0}, row{0, 120, 120},
+                         row{-50, 60, 60}, row{30, -300, 0}, row{-2000, -2000, 0}}) {
+      MoveWindow(main(), start.left, start.top, width + r.width_change, height + r.height_change,
+                 TRUE);
+      RECT rect{};
+      RECT pane{};
+      RECT client{};
+      POINT corner{};
+      GetWindowRect(main(), &rect);
+      GetWindowRect(Item(IDC_LOG), &pane);
+      GetClientRect(main(), &client);
+      ClientToScreen(main(), &corner);
+      EXPECT_EQ(rect.right - rect.left, width) << r.width_change << ' ' << r.height_change;
+      EXPECT_EQ(rect.bottom - rect.top, height + r.height_after) << r.height_change;
+      EXPECT_EQ(pane.bottom, corner.y + client.bottom) << r.height_change;
+    }
+  });
+}
+
+TEST_F(MainWindowTest, EscapeInEitherEditNeverCloses) {
+  Run([&] {
+    Command(IDC_OPEN);
+    for (const int id : {IDC_COMMAND_LINE, IDC_LOG}) {
+      SetDlgItemTextA(main(), IDC_COMMAND_LINE, "GR 3");
+      PostMessageA(Item(id), WM_KEYDOWN, VK_ESCAPE, 1);
+      WaitFor([&] { return Text(IDC_COMMAND_LINE).empty() || id == IDC_LOG; }, "the empty line");
+      Enter("SLP 0001");  // the close request is behind us then
+      EXPECT_NE(IsWindow(main()), FALSE);
+      WaitFor([] { return ProgramState()->ignore_close == 0; }, "the close request");
+    }
+    PostMessageA(main(), WM_CLOSE, 0, 0);
+    WaitUntilGone(main());
+  });
+}
+
+TEST_F(MainWindowTest, HelpAndPaneTextFollowTheLog) {
+  Run([&] {
+    Command(IDM_HELP_COMMANDS);
+    Command(IDM_HELP_COMMANDS);
+    EXPECT_EQ(SendMessageA(Item(IDC_LOG), EM_GETLINECOUNT, 0, 0), 144);
+    EXPECT_EQ(LastLine(), "_");
+    Command(IDC_OPEN);
+    // What somebody typed into the pane is gone with the next line.
+    SendMessageA(Item(IDC_LOG), WM_CHAR, 'x', 1);
+    EXPECT_NE(Log().find('x'), std::string::npos);
+    Command(IDM_CLEAR_LOG);
+    EXPECT_EQ(Log(), "");
+    Enter("//> one");
+    SendMessageA(Item(IDC_LOG), WM_CHAR, 'x', 1);
+    Enter("//> two");
+    EXPECT_EQ(Log(), "//< ONE\r\n//< TWO\r\n");
+    // The caret stands at the end of the last line, before its line end or in it.
+    EXPECT_GE(LOWORD(SendMessageA(Item(IDC_LOG), EM_GETSEL, 0, 0)), 16);
+    Enter("CLL");
+    EXPECT_EQ(Log(), "");
+  });
+}
+
+TEST_F(MainWindowTest, DumpFillsTheLog) {
+  Run([&] {
+    Command(IDC_OPEN);
+    Command(IDC_DUMP_REGISTER);
+    EXPECT_EQ(Log().find("Registersetting : \r\n    0  1  2"), 0u);
+    EXPECT_EQ(SendMessageA(Item(IDC_LOG), EM_GETLINECOUNT, 0, 0), 7);
+  });
+}
+
+TEST_F(MainWindowTest, SettingsChooseAndVerifyThePort) {
+  Run([&] {
+    const auto with_dialog = [&](const std::function<void(HWND)>& act) {
+      Post(IDM_SETTINGS);
+      const HWND dialog = WaitForWindow("RS 232");
+      act(dialog);
+      WaitUntilGone(dialog);
+    };
+    with_dialog([&](HWND dialog) {
+      const HWND list = GetDlgItem(dialog, 1005);
+      EXPECT_EQ(SendMessageA(list, LB_GETCOUNT, 0, 0), 16);
+      EXPECT_EQ(SendMessageA(list, LB_GETCURSEL, 0, 0), 0);
+      EXPECT_EQ(Text(dialog, 1009), "Unknown");
+      SendMessageA(GetDlgItem(dialog, 1007), BM_CLICK, 0, 0);
+      EXPECT_EQ(Text(dialog, 1009), "OK (0x00000000)");
+      PostMessageA(list, WM_KEYDOWN, VK_DOWN, 1);
+      WaitFor([&] { return Text(dialog, 1009) == "Unknown"; }, "another choice");
+      SetEnvironmentVariableA("VT63X_COM2", directory_.File("none").c_str());
+      SendMessageA(GetDlgItem(dialog, 1007), BM_CLICK, 0, 0);
+      EXPECT_EQ(Text(dialog, 1009), "NOK (0x00000002)");
+      SendMessageA(list, LB_SETCURSEL, static_cast<WPARAM>(-1), 0);
+      SendMessageA(GetDlgItem(dialog, 1007), BM_CLICK, 0, 0);
+      EXPECT_EQ(Text(dialog, 1009), "NOK (No Sel.)");
+      SendMessageA(list, LB_SETCURSEL, 1, 0);
+      PostMessageA(dialog, WM_COMMAND, 3, 0);
+    });
+    EXPECT_EQ(Text(1010), "COM1:");
+    for (const auto& [entry, name, letter] :
+         {std::tuple{1, "COM2:", "R"}, std::tuple{11, "COM12:", "N"}}) {
+      with_dialog([&](HWND dialog) {
+        SendDlgItemMessageA(dialog, 1005, LB_SETCURSEL, static_cast<WPARAM>(entry), 0);
+        PostMessageA(dialog, WM_COMMAND, 1001, 0);
+      });
+      EXPECT_EQ(Text(1010), name);
+      EXPECT_EQ(Text(1015), letter);
+    }
+  });
+  EXPECT_EQ(ReadFile("wps_start.cfg"), "11");
+}
+
+}  // namespace
+}  // namespace vt63x
