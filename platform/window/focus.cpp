@@ -82,7 +82,8 @@ void FocusWindowGone(Window& window) {
   Window* const holder = FocusWindow();
   const bool inside = holder != nullptr && (holder == &window || holder->dialog() == &window);
   // An active dialog may have nobody with the focus, since a disabled control cannot have it.
-  const bool active = holder == nullptr && !window.is_control() && window.widget()->isActiveWindow();
+  const bool active =
+      holder == nullptr && !window.is_control() && window.widget()->isActiveWindow();
   if (!inside && !active) return;
   Window* const owner = window.is_control() ? nullptr : window.parent();
   if (owner == nullptr || !owner->enabled()) {
