@@ -51,18 +51,20 @@ function(vt63x_program target)
   set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 endfunction()
 
-# vt63x_test(TARGET SOURCES ... DEPENDS ... [LABELS ...] [ENVIRONMENT NAME=VALUE...]): a GoogleTest
-# program known to CTest. The label "threads" also runs it under ThreadSanitizer.
+# vt63x_test(TARGET SOURCES ... DEPENDS ... [LABELS ...] [WINDOWS]): a GoogleTest program
+# known to CTest. The label "threads" also runs it under ThreadSanitizer; WINDOWS says that it shows
+# windows, for which it then needs no screen.
 function(vt63x_test target)
-  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS;LABELS;ENVIRONMENT" ${ARGN})
+  cmake_parse_arguments(ARG "WINDOWS" "" "SOURCES;DEPENDS;LABELS" ${ARGN})
   add_executable(${target} ${ARG_SOURCES})
   target_link_libraries(${target} PRIVATE vt63x_flags ${ARG_DEPENDS} GTest::gtest_main)
   set(properties TIMEOUT 60)
   if(ARG_LABELS)
     list(APPEND properties LABELS ${ARG_LABELS})
   endif()
-  if(ARG_ENVIRONMENT)
-    list(APPEND properties ENVIRONMENT "${ARG_ENVIRONMENT}")
+  if(ARG_WINDOWS)
+    target_link_libraries(${target} PRIVATE toolkit_suppressions)
+    list(APPEND properties ENVIRONMENT QT_QPA_PLATFORM=offscreen)
   endif()
   gtest_discover_tests(${target} PROPERTIES ${properties})
 endfunction()

@@ -58,6 +58,11 @@ void PointToModal(Dialog& disabled) {
   modal->frame()->activateWindow();
 }
 
+// A window without a system menu has no close box; some window managers draw one all the same.
+bool CanBeClosed(const Dialog& dialog) {
+  return dialog.enabled() && (dialog.style() & static_cast<DWORD>(WS_SYSMENU)) != 0;
+}
+
 class EventFilter : public QObject {
  public:
   EventFilter() {
@@ -87,7 +92,7 @@ class EventFilter : public QObject {
     switch (event.type()) {
       case QEvent::Close:
         event.ignore();
-        if (dialog.enabled()) PostToWindow(dialog.handle(), WM_CLOSE, 0, 0);
+        if (CanBeClosed(dialog)) PostToWindow(dialog.handle(), WM_CLOSE, 0, 0);
         return true;
       case QEvent::Resize:
       case QEvent::WindowStateChange:

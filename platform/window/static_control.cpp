@@ -36,6 +36,7 @@ class Label : public QFrame {
 };
 
 constexpr DWORD kKind = 0x1f;
+constexpr int kIconSize = 32;  // pixels
 
 class Static : public Control<Label> {
  public:
@@ -44,7 +45,7 @@ class Static : public Control<Label> {
     const DWORD kind = item.style & kKind;
     if (kind == SS_CENTER) toolkit().alignment = Qt::AlignHCenter;
     if (kind == SS_RIGHT) toolkit().alignment = Qt::AlignRight;
-    if (kind == SS_ICON) toolkit().icon = LoadIconResource(item.resource);
+    if (kind == SS_ICON) SetIcon(item.resource);
     SetText(item.text.c_str());
   }
 
@@ -55,6 +56,13 @@ class Static : public Control<Label> {
   void SetText(const char* text) override {
     toolkit().text = FromProgram(text);
     toolkit().update();
+  }
+
+ private:
+  // As large as icons are, whatever the template says; resource compilers leave the size out.
+  void SetIcon(WORD resource) {
+    toolkit().icon = LoadIconResource(resource);
+    toolkit().setFixedSize(kIconSize, kIconSize);
   }
 };
 

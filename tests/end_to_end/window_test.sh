@@ -60,9 +60,9 @@ there_is() { xdotool search --onlyvisible --name "^$1\$" >/dev/null 2>&1; }
 there_is_no() { ! there_is "$1"; }
 gone() { ! kill -0 "$program" 2>/dev/null; }
 
-# place: X, Y, WIDTH and HEIGHT of the main window without its frame.
+# place [WINDOW]: X, Y, WIDTH and HEIGHT of the main window, or another, without its frame.
 place() {
-  eval "$(xwininfo -id "$main" | sed -nE \
+  eval "$(xwininfo -id "${1:-$main}" | sed -nE \
     's/ *Absolute upper-left ([XY]): *(.*)/\1=\2/p; s/ *Width: *(.*)/WIDTH=\1/p; s/ *Height: *(.*)/HEIGHT=\1/p')"
 }
 
@@ -190,14 +190,31 @@ case_resize() {
   [ "$HEIGHT" -gt "$((height + 50))" ] || fail "taller: height $HEIGHT, was $height"
 }
 
-case_break() {
+# As high as the screen, as wide as before.
+case_maximise() {
+  place
+  local width=$WIDTH height=$HEIGHT
+  wmctrl -i -b add,maximized_vert,maximized_horz -r "$main"
+  higher() { place; [ "$HEIGHT" -gt "$((height + 100))" ] && [ "$WIDTH" -eq "$width" ]; }
+  wait_for 5 higher || fail "maximised: $(size), was $width $height"
+  keys alt+o
+  type_line 'gr 37'
+  expect_log 'GR  37'
+}
+
+start_endless_run() {
   printf '::: LOOP\nINC ML0\nJMP LOOP\n' >"$work/endless.wcf"
   keys alt+o
   select_file "$work/endless.wcf"
   keys alt+w
-  find_window 'Processing\.\.\.' >/dev/null || fail 'no processing dialog'
+  processing=$(find_window 'Processing\.\.\.') || fail 'no processing dialog'
   sleep 0.3
-  keys Return  # the default button, Break
+}
+
+case_break() {
+  start_endless_run
+  place "$processing"
+  xdotool mousemove $((X + WIDTH / 2)) $((Y + HEIGHT * 32 / 42)) click 1  # Break
   wait_for 10 there_is_no 'Processing\.\.\.' || fail 'Break does not end the run'
   expect_log 'User Break recognised.'
 }
@@ -215,6 +232,40 @@ case_file_dialog() {
   wait_for 10 grep -q ' R 36' "$work/trace" || fail 'the other file did not run'
   expect_log "Processing $work/scripts/two.wcf"
   [ ! -e "$work/scripts/L1.txt" ] || fail 'the current folder moved'
+}
+
+# Twice into the same file: it then holds the log twice.
+case_save_log() {
+  keys alt+o
+  type_line 'gr 37'
+  keys alt+c
+  local i
+  for i in 1 2; do
+    keys alt+f
+    keys Right Right Right s
+    find_window '.*Save.*' >/dev/null || fail 'no file dialog'
+    xdotool type --delay 5 "$work/saved.txt"
+    keys Return
+    wait_for 10 there_is_no '.*Save.*' || fail 'the file dialog stays'
+  done
+  wait_for 10 test -s "$work/saved.txt" || fail 'nothing saved'
+  printf 'GR  37          // data == 91  // (Status: 0x0000)\r\n%.0s' 1 2 | cmp - "$work/saved.txt" ||
+    fail "another text saved: $(cat "$work/saved.txt")"
+}
+
+# While a run lasts neither its dialog, which has no close box, nor the main window, which it
+# disables, can be closed; with Break both can.
+case_close_in_run() {
+  start_endless_run
+  keys alt+F4
+  wmctrl -i -c "$main"
+  sleep 0.5
+  there_is 'Processing\.\.\.' || fail 'the processing dialog can be closed'
+  keys alt+b
+  wait_for 10 there_is_no 'Processing\.\.\.' || fail 'Break does not end the run'
+  wmctrl -i -c "$main"
+  wait_for 10 gone || fail 'the program stays'
+  [ "$(cat "$work/wps_start.cfg")" = 0 ] || fail 'the port is not remembered'
 }
 
 # A double click on every control from the first to the last; the program answers afterwards.

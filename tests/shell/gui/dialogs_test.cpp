@@ -125,7 +125,7 @@ TEST_F(DialogsTest, CardReaderReadsACardAndLeavesTheMainPaneAlone) {
   });
 }
 
-TEST_F(DialogsTest, AboutBoxTellsTheVersion) {
+TEST_F(DialogsTest, AboutBoxShowsIconAndVersion) {
   Run([&] {
     Post(IDM_INFO);
     const HWND dialog = WaitForWindow("Dialog");
@@ -139,6 +139,10 @@ TEST_F(DialogsTest, AboutBoxTellsTheVersion) {
     }
     EXPECT_NE(texts.find("VT63x IC Test Program"), std::string::npos);
     EXPECT_NE(texts.find("v2.1"), std::string::npos);
+    RECT icon{};
+    GetWindowRect(GetWindow(dialog, GW_CHILD), &icon);
+    EXPECT_EQ(icon.right - icon.left, 32);
+    EXPECT_EQ(icon.bottom - icon.top, 32);
     SendMessageA(GetDlgItem(dialog, IDC_ABOUT_CLOSE), BM_CLICK, 0, 0);
     WaitUntilGone(dialog);
   });
