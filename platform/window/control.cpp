@@ -5,6 +5,32 @@
 namespace vt63x::ui {
 namespace {
 
+struct known_styles {
+  ControlClass control_class;
+  long styles;
+};
+
+// What is not here is not carried out.
+constexpr long kEveryControl =
+    WS_CHILD | WS_VISIBLE | WS_DISABLED | WS_BORDER | WS_GROUP | WS_TABSTOP;
+constexpr known_styles kKnownStyles[] = {
+    {ControlClass::kButton, BS_DEFPUSHBUTTON | BS_AUTOCHECKBOX | BS_GROUPBOX},
+    {ControlClass::kEdit, ES_CENTER | ES_MULTILINE | ES_UPPERCASE | ES_AUTOVSCROLL |
+                              ES_AUTOHSCROLL | ES_READONLY | WS_VSCROLL},
+    {ControlClass::kStatic, SS_ICON | SS_SUNKEN},
+    {ControlClass::kListBox, LBS_NOTIFY | LBS_NOINTEGRALHEIGHT | LBS_DISABLENOSCROLL | WS_VSCROLL},
+    {ControlClass::kComboBox, CBS_DROPDOWNLIST | CBS_SORT | WS_VSCROLL},
+};
+
+bool Known(const dialog_item& item) {
+  if (item.ex_style != 0) return false;
+  for (const known_styles& row : kKnownStyles) {
+    if (row.control_class != item.control_class) continue;
+    return (item.style & ~static_cast<DWORD>(row.styles | kEveryControl)) == 0;
+  }
+  return false;
+}
+
 std::unique_ptr<Window> MakeButton(const dialog_item& item, Window& dialog) {
   constexpr DWORD kKind = 0x0f;
   switch (item.style & kKind) {
@@ -42,7 +68,7 @@ std::unique_ptr<Window> Make(const dialog_item& item, Window& dialog) {
 
 std::unique_ptr<Window> MakeControl(const dialog_item& item, Window& dialog, const QRect& pixels,
                                     const QFont& font) {
-  std::unique_ptr<Window> control = Make(item, dialog);
+  std::unique_ptr<Window> control = Known(item) ? Make(item, dialog) : nullptr;
   if (control == nullptr) return nullptr;
   QWidget& widget = *control->widget();
   widget.setFont(font);

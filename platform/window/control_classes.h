@@ -29,8 +29,7 @@ template <typename Widget>
 class Control : public Window {
  public:
   Control(const dialog_item& item, Window& dialog)
-      : Window(new Widget(dialog.dialog()->client()), &dialog, item.id, item.style, item.ex_style) {
-  }
+      : Window(new Widget(dialog.dialog()->client()), &dialog, item.id, item.style) {}
 
  protected:
   Widget& toolkit() const { return *static_cast<Widget*>(widget()); }

@@ -21,6 +21,10 @@
 namespace vt63x::ui {
 namespace {
 
+constexpr DWORD kKnownStyles = DS_SETFONT | DS_MODALFRAME | DS_CENTER | WS_VISIBLE | WS_CAPTION |
+                               WS_SYSMENU | WS_THICKFRAME | WS_MINIMIZEBOX | WS_MAXIMIZEBOX |
+                               static_cast<DWORD>(WS_POPUP);
+
 bool Has(DWORD style, long bit) {
   return (style & static_cast<DWORD>(bit)) == static_cast<DWORD>(bit);
 }
@@ -45,6 +49,7 @@ bool IsPushButton(LRESULT code) {
 }  // namespace
 
 Dialog* Dialog::Make(const dialog_template& source, Dialog* owner, DLGPROC dialog_procedure) {
+  if (source.ex_style != 0 || (source.style & ~kKnownStyles) != 0) return nullptr;
   auto* const frame =
       new QWidget(owner == nullptr ? nullptr : owner->frame(), FlagsOf(source.style));
   auto* const dialog = new Dialog(source, frame, owner, dialog_procedure);
@@ -62,7 +67,7 @@ Dialog* Dialog::Make(const dialog_template& source, Dialog* owner, DLGPROC dialo
 
 Dialog::Dialog(const dialog_template& source, QWidget* frame, Dialog* owner,
                DLGPROC dialog_procedure)
-    : Window(frame, owner, 0, source.style & ~static_cast<DWORD>(WS_VISIBLE), source.ex_style),
+    : Window(frame, owner, 0, source.style & ~static_cast<DWORD>(WS_VISIBLE)),
       dialog_procedure_(dialog_procedure),
       client_(new QWidget(frame)),
       units_(UnitsOf(DialogFont(source.font_name, source.font_points))),
@@ -115,7 +120,7 @@ void Dialog::PlaceFirst(const dialog_template& source) {
   QRect place(wanted.topLeft() + area.topLeft(), frame()->size());
   if (Has(source.style, DS_CENTER)) {
     place.moveCenter(area.center());
-  } else if (parent() != nullptr && !Has(source.style, DS_ABSALIGN)) {
+  } else if (parent() != nullptr) {
     place.moveTopLeft(wanted.topLeft() +
                       static_cast<Dialog*>(parent())->client()->mapToGlobal(QPoint()));
   }

@@ -22,7 +22,6 @@ class Box : public QComboBox {
     if (!std::exchange(open_, false)) return;
     dropped(false);
   }
-  bool open() const { return open_; }
 
  private:
   bool open_ = false;
@@ -59,17 +58,7 @@ class DropDownList : public Control<Box> {
       case CB_GETCOUNT:
         return toolkit().count();
       case CB_GETLBTEXT:
-      case CB_GETLBTEXTLEN:
-        return Entry(message == CB_GETLBTEXT, static_cast<int>(wparam), lparam);
-      case CB_SHOWDROPDOWN:
-        if (wparam != 0) {
-          toolkit().showPopup();
-        } else {
-          toolkit().hidePopup();
-        }
-        return TRUE;
-      case CB_GETDROPPEDSTATE:
-        return toolkit().open() ? TRUE : FALSE;
+        return Entry(static_cast<int>(wparam), lparam);
       default:
         return Window::Handle(message, wparam, lparam);
     }
@@ -110,9 +99,9 @@ class DropDownList : public Control<Box> {
     if (changed && Window::Exists(self)) Notify(CBN_SELCHANGE);
   }
 
-  LRESULT Entry(bool copy, int row, LPARAM buffer) {
+  LRESULT Entry(int row, LPARAM buffer) {
     if (row < 0 || row >= toolkit().count()) return CB_ERR;
-    return ListText(toolkit().itemText(row), copy, buffer);
+    return ListText(toolkit().itemText(row), true, buffer);
   }
 
   int last_ = -1;

@@ -53,13 +53,8 @@ class ListBox : public Control<QListWidget> {
     const QSignalBlocker quiet(toolkit());
     QListWidget& list = toolkit();
     const QString entry = FromProgram(text);
-    int row = list.count();
-    if (HasStyle(style(), LBS_SORT)) {
-      row = 0;
-      while (row < list.count() && QString::compare(list.item(row)->text(), entry) <= 0) ++row;
-    }
-    list.insertItem(row, entry);
-    return row;
+    list.addItem(entry);
+    return list.count() - 1;
   }
 
   LRESULT Select(int row) {

@@ -47,8 +47,9 @@ class MultiLineEdit : public Control<TextEdit> {
     edit.setReadOnly(HasStyle(item.style, ES_READONLY));
     edit.setTabChangesFocus(true);
     if (HasStyle(item.style, ES_AUTOHSCROLL)) edit.setLineWrapMode(QPlainTextEdit::NoWrap);
-    edit.setVerticalScrollBarPolicy(Bar(item.style, WS_VSCROLL));
-    edit.setHorizontalScrollBarPolicy(Bar(item.style, WS_HSCROLL));
+    edit.setVerticalScrollBarPolicy(HasStyle(item.style, WS_VSCROLL) ? Qt::ScrollBarAlwaysOn
+                                                                     : Qt::ScrollBarAlwaysOff);
+    edit.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     edit.document()->setDocumentMargin(2);
     if (!item.text.empty()) PutText(item.text.c_str());
     edit.insert = [this](const QString& text) { UserInserts(text); };
@@ -78,9 +79,6 @@ class MultiLineEdit : public Control<TextEdit> {
         return 0;
       case WM_PASTE:
         if (!edit.isReadOnly()) UserInserts(QApplication::clipboard()->text());
-        return 0;
-      case WM_CLEAR:
-        if (!edit.isReadOnly()) edit.textCursor().removeSelectedText();
         return 0;
       case WM_UNDO:
         if (!edit.isReadOnly()) edit.undo();
@@ -119,21 +117,12 @@ class MultiLineEdit : public Control<TextEdit> {
         return edit.blockCount();
       case EM_GETFIRSTVISIBLELINE:
         return edit.first_visible_line();
-      case EM_SETREADONLY:
-        edit.setReadOnly(wparam != 0);
-        return TRUE;
       case EM_SETLIMITTEXT:
         limit_ = LimitOf(wparam);
         return 0;
-      case EM_GETLIMITTEXT:
-        return limit_;
       default:
         return Window::Handle(message, wparam, lparam);
     }
-  }
-
-  static Qt::ScrollBarPolicy Bar(DWORD style, long bar) {
-    return HasStyle(style, bar) ? Qt::ScrollBarAlwaysOn : Qt::ScrollBarAlwaysOff;
   }
 
   // Keys that a single line leaves to its dialog are this control's own, since it wants all keys.
@@ -146,7 +135,7 @@ class MultiLineEdit : public Control<TextEdit> {
         parent()->Send(WM_NEXTDLGCTL, ShiftDown() ? 1 : 0, FALSE);
         return 0;
       case VK_RETURN:
-        if (!HasStyle(style(), ES_WANTRETURN) && !ControlDown()) PressDefault();
+        if (!ControlDown()) PressDefault();
         return 0;
       default:
         return Window::Handle(WM_KEYDOWN, key, lparam);
@@ -164,9 +153,8 @@ class MultiLineEdit : public Control<TextEdit> {
   }
 
   LRESULT Character(WPARAM character, LPARAM lparam) {
-    const bool line_end =
-        character == '\n' || (character == '\r' && HasStyle(style(), ES_WANTRETURN));
-    if (line_end && !toolkit().isReadOnly()) UserInserts(QStringLiteral("\n"));
+    // Control and Return.
+    if (character == '\n' && !toolkit().isReadOnly()) UserInserts(QStringLiteral("\n"));
     if (character == '\r' || character == '\n' || character == VK_TAB) return 0;
     if (character < ' ' || character == 0x7f) return Window::Handle(WM_CHAR, character, lparam);
     if (!toolkit().isReadOnly()) UserInserts(QString(QChar(static_cast<char16_t>(character))));

@@ -33,9 +33,7 @@ class SingleLineEdit : public Control<QLineEdit> {
     edit.setValidator(new Filter(&edit, capitals_));
     edit.setReadOnly(HasStyle(item.style, ES_READONLY));
     if (HasStyle(item.style, ES_CENTER)) edit.setAlignment(Qt::AlignCenter);
-    const bool border =
-        HasStyle(item.style, WS_BORDER) || HasStyle(item.ex_style, WS_EX_CLIENTEDGE);
-    edit.setFrame(border);
+    edit.setFrame(HasStyle(item.style, WS_BORDER));
     if (edit.isReadOnly()) {
       QPalette palette = edit.palette();
       palette.setColor(QPalette::Base, palette.color(QPalette::Window));
@@ -67,9 +65,6 @@ class SingleLineEdit : public Control<QLineEdit> {
       case WM_PASTE:
         Paste();
         return 0;
-      case WM_CLEAR:
-        if (!edit.isReadOnly()) edit.del();
-        return 0;
       case WM_UNDO:
         if (!edit.isReadOnly()) edit.undo();
         return TRUE;
@@ -90,16 +85,9 @@ class SingleLineEdit : public Control<QLineEdit> {
         return 0;
       case EM_GETLINECOUNT:
         return 1;
-      case EM_GETFIRSTVISIBLELINE:
-        return 0;
-      case EM_SETREADONLY:
-        edit.setReadOnly(wparam != 0);
-        return TRUE;
       case EM_SETLIMITTEXT:
         edit.setMaxLength(std::max(LimitOf(wparam), static_cast<int>(edit.text().size())));
         return 0;
-      case EM_GETLIMITTEXT:
-        return edit.maxLength();
       default:
         return Window::Handle(message, wparam, lparam);
     }

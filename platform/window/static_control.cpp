@@ -18,7 +18,6 @@ class Label : public QFrame {
 
   QString text;
   QIcon icon;
-  Qt::Alignment alignment = Qt::AlignLeft;
 
  protected:
   void paintEvent(QPaintEvent* event) override {
@@ -29,7 +28,7 @@ class Label : public QFrame {
       return;
     }
     const int flags =
-        static_cast<int>(alignment | Qt::AlignTop) | Qt::TextShowMnemonic | Qt::TextWordWrap;
+        static_cast<int>(Qt::AlignLeft | Qt::AlignTop) | Qt::TextShowMnemonic | Qt::TextWordWrap;
     style()->drawItemText(&painter, contentsRect(), flags, palette(), isEnabled(), text,
                           QPalette::WindowText);
   }
@@ -42,10 +41,7 @@ class Static : public Control<Label> {
  public:
   Static(const dialog_item& item, Window& dialog) : Control(item, dialog) {
     if (HasStyle(item.style, SS_SUNKEN)) toolkit().setFrameStyle(QFrame::Panel | QFrame::Sunken);
-    const DWORD kind = item.style & kKind;
-    if (kind == SS_CENTER) toolkit().alignment = Qt::AlignHCenter;
-    if (kind == SS_RIGHT) toolkit().alignment = Qt::AlignRight;
-    if (kind == SS_ICON) SetIcon(item.resource);
+    if (HasStyle(item.style, SS_ICON)) SetIcon(item.resource);
     SetText(item.text.c_str());
   }
 
@@ -69,7 +65,8 @@ class Static : public Control<Label> {
 }  // namespace
 
 std::unique_ptr<Window> MakeStatic(const dialog_item& item, Window& dialog) {
-  if ((item.style & kKind) > SS_ICON) return nullptr;
+  const DWORD kind = item.style & kKind;
+  if (kind != 0 && kind != SS_ICON) return nullptr;
   return std::make_unique<Static>(item, dialog);
 }
 

@@ -42,13 +42,12 @@ HandleSet& Handles() {
 
 }  // namespace
 
-Window::Window(QWidget* widget, Window* parent, int id, DWORD style, DWORD ex_style)
+Window::Window(QWidget* widget, Window* parent, int id, DWORD style)
     : handle_(reinterpret_cast<HWND>(Table().last_handle += 2)),
       widget_(widget),
       parent_(parent),
       id_(id),
-      style_(style),
-      ex_style_(ex_style) {
+      style_(style) {
   Table().living.push_back(this);
   AddWidget(widget);
   const std::lock_guard lock(Handles().mutex);

@@ -20,7 +20,7 @@ class Dialog;
 class Window {
  public:
   // Takes a handle and owns `widget`. `parent` is a control's dialog or a dialog's owner, or null.
-  Window(QWidget* widget, Window* parent, int id, DWORD style, DWORD ex_style);
+  Window(QWidget* widget, Window* parent, int id, DWORD style);
   Window(const Window&) = delete;
   Window& operator=(const Window&) = delete;
   virtual ~Window();
@@ -30,7 +30,6 @@ class Window {
   Window* parent() const { return parent_; }
   int id() const { return id_; }
   DWORD style() const { return style_; }
-  DWORD ex_style() const { return ex_style_; }
   bool is_control() const { return (style_ & static_cast<DWORD>(WS_CHILD)) != 0; }
   // The dialog itself or the control's.
   Dialog* dialog();
@@ -95,7 +94,6 @@ class Window {
   Window* parent_;
   int id_;
   DWORD style_;
-  DWORD ex_style_;
   WNDPROC procedure_ = &Window::ClassProcedure;
   HFONT font_ = nullptr;
   bool enabled_ = true;

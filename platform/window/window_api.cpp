@@ -50,10 +50,6 @@ LONG_PTR WindowLong(Window& window, int index) {
       return reinterpret_cast<LONG_PTR>(window.procedure());
     case GWL_STYLE:
       return static_cast<LONG>(window.style());
-    case GWL_EXSTYLE:
-      return static_cast<LONG>(window.ex_style());
-    case GWLP_ID:
-      return window.id();
     default:
       SetLastError(ERROR_INVALID_PARAMETER);
       return 0;

@@ -18,15 +18,12 @@
 #define WM_NEXTDLGCTL 0x0028U
 #define WM_SETFONT 0x0030U
 #define WM_GETFONT 0x0031U
-#define WM_GETICON 0x007FU
 #define WM_SETICON 0x0080U
 #define WM_NCDESTROY 0x0082U
 #define WM_GETDLGCODE 0x0087U
 #define WM_KEYDOWN 0x0100U
 #define WM_KEYUP 0x0101U
 #define WM_CHAR 0x0102U
-#define WM_SYSKEYDOWN 0x0104U
-#define WM_SYSKEYUP 0x0105U
 #define WM_SYSCHAR 0x0106U
 #define WM_INITDIALOG 0x0110U
 #define WM_COMMAND 0x0111U
@@ -34,7 +31,6 @@
 #define WM_CUT 0x0300U
 #define WM_COPY 0x0301U
 #define WM_PASTE 0x0302U
-#define WM_CLEAR 0x0303U
 #define WM_UNDO 0x0304U
 #define WM_USER 0x0400U
 #define WM_APP 0x8000U
@@ -44,8 +40,7 @@
 #define SIZE_MINIMIZED 1U
 #define SIZE_MAXIMIZED 2U
 
-// wParam of WM_SETICON and WM_GETICON
-#define ICON_SMALL 0
+// wParam of WM_SETICON
 #define ICON_BIG 1
 
 // --- dialogs ---
@@ -82,8 +77,6 @@
 #define EM_REPLACESEL 0x00C2U
 #define EM_SETLIMITTEXT 0x00C5U
 #define EM_GETFIRSTVISIBLELINE 0x00CEU
-#define EM_SETREADONLY 0x00CFU
-#define EM_GETLIMITTEXT 0x00D5U
 #define EN_SETFOCUS 0x0100
 #define EN_KILLFOCUS 0x0200
 #define EN_CHANGE 0x0300
@@ -108,11 +101,8 @@
 #define CB_GETCOUNT 0x0146U
 #define CB_GETCURSEL 0x0147U
 #define CB_GETLBTEXT 0x0148U
-#define CB_GETLBTEXTLEN 0x0149U
 #define CB_INSERTSTRING 0x014AU
 #define CB_SETCURSEL 0x014EU
-#define CB_SHOWDROPDOWN 0x014FU
-#define CB_GETDROPPEDSTATE 0x0157U
 #define CB_ERR (-1)
 #define CBN_SELCHANGE 1
 #define CBN_SETFOCUS 3
@@ -126,9 +116,6 @@
 #define VK_BACK 0x08
 #define VK_TAB 0x09
 #define VK_RETURN 0x0D
-#define VK_SHIFT 0x10
-#define VK_CONTROL 0x11
-#define VK_MENU 0x12
 #define VK_ESCAPE 0x1B
 #define VK_SPACE 0x20
 #define VK_PRIOR 0x21
@@ -142,6 +129,5 @@
 #define VK_INSERT 0x2D
 #define VK_DELETE 0x2E
 #define VK_F4 0x73
-#define VK_F10 0x79
 
 #endif

@@ -81,7 +81,6 @@ struct OPENFILENAMEA {
 #define ERROR_INVALID_WINDOW_HANDLE 1400U
 #define ERROR_INVALID_MENU_HANDLE 1401U
 #define ERROR_CONTROL_ID_NOT_FOUND 1421U
-#define ERROR_TIMEOUT 1460U
 
 #define SW_HIDE 0
 #define SW_SHOWNORMAL 1
@@ -89,8 +88,6 @@ struct OPENFILENAMEA {
 
 #define GWLP_WNDPROC (-4)
 #define GWL_STYLE (-16)
-#define GWL_EXSTYLE (-20)
-#define GWLP_ID (-12)
 
 #define GW_HWNDNEXT 2U
 #define GW_OWNER 4U
@@ -111,7 +108,6 @@ struct OPENFILENAMEA {
 #define CLIP_DEFAULT_PRECIS 0U
 #define DEFAULT_QUALITY 0U
 #define FIXED_PITCH 1U
-#define FF_DONTCARE 0U
 
 #define OFN_PATHMUSTEXIST 0x00000800U
 #define OFN_FILEMUSTEXIST 0x00001000U
@@ -184,7 +180,7 @@ LRESULT WINAPI SendDlgItemMessageA(HWND dialog, int id, UINT message, WPARAM wpa
 BOOL WINAPI CheckDlgButton(HWND dialog, int id, UINT check);
 UINT WINAPI IsDlgButtonChecked(HWND dialog, int id);
 
-// GWLP_WNDPROC (read and write), GWL_STYLE, GWL_EXSTYLE, GWLP_ID (read).
+// GWLP_WNDPROC (read and write), GWL_STYLE (read).
 LONG_PTR WINAPI SetWindowLongPtrA(HWND window, int index, LONG_PTR value);
 LONG_PTR WINAPI GetWindowLongPtrA(HWND window, int index);
 
