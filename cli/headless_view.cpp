@@ -34,6 +34,14 @@ const FaultRow& RowOf(ScriptFaultKind kind) {
   std::abort();
 }
 
+// False for a port that is no longer there. One without modem lines says that it has none.
+bool Answers(HANDLE port) {
+  DWORD status = 0;
+  if (GetCommModemStatus(port, &status) != FALSE) return true;
+  const DWORD error = GetLastError();
+  return error == ERROR_INVALID_FUNCTION || error == ERROR_NOT_SUPPORTED;
+}
+
 }  // namespace
 
 std::string FaultText(const script_fault& fault) {
@@ -105,10 +113,7 @@ void HeadlessView::CommandFileNotRead(const char* path, int error) {
 }
 
 bool HeadlessView::NoteIfLineIsGone() {
-  DWORD status = 0;
-  if (state_.port_handle == nullptr || GetCommModemStatus(state_.port_handle, &status)) {
-    return false;
-  }
+  if (state_.port_handle == nullptr || Answers(state_.port_handle)) return false;
   if (exit_code_ < EXIT_LINE_LOST) Complain("the line went away");
   Raise(EXIT_LINE_LOST);
   return true;

@@ -9,7 +9,7 @@
 namespace vt63x {
 namespace {
 
-#define DIFFERENCE " **ERROR: Expected data different from read.**"
+constexpr char kDifferent[] = " **ERROR: Expected data different from read.**";
 
 // Four hexadecimal digits of a status in a log line; every status is below 0x8000.
 unsigned Digits(HFLSTATUS status) { return static_cast<std::uint16_t>(status); }
@@ -96,7 +96,7 @@ int RunRe(CommandCall& call) {
   const HFLSTATUS status = Read(call.parser, address, data);
   call.parser.IOR = data == expected ? 0 : 1;
   LogLine(call.parser, "%s  %02X  %02X      // data == %02X  // (Status: 0x%04X)%s", "RE", address,
-          expected, data, Digits(status), call.parser.IOR == 0 ? "" : DIFFERENCE);
+          expected, data, Digits(status), call.parser.IOR == 0 ? "" : kDifferent);
   CountFailure(call.parser, status);
   CountComparison(call.parser, expected, data);
   return LINE_OK;
@@ -110,7 +110,7 @@ int RunRf(CommandCall& call) {
   const HFLSTATUS status = Read(call.parser, address, data);
   call.parser.IOR = (data & mask) == expected ? 0 : 1;
   LogLine(call.parser, "%s  %02X  %02X  %02X  // data == %02X  // (Status: 0x%04X)%s", "RF",
-          address, expected, mask, data, Digits(status), call.parser.IOR == 0 ? "" : DIFFERENCE);
+          address, expected, mask, data, Digits(status), call.parser.IOR == 0 ? "" : kDifferent);
   CountFailure(call.parser, status);
   CountComparison(call.parser, expected, data);
   return LINE_OK;

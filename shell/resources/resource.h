@@ -4,6 +4,9 @@
 // Numbers of the dialogs, controls and commands. Macros, since the resource script reads them too.
 // Some numbers serve in several dialogs.
 
+// Of controls that nobody asks for.
+#define IDC_STATIC (-1)
+
 #define IDD_MAIN 101
 #define IDR_MENU 102
 #define IDI_PROGRAM 103

@@ -50,6 +50,7 @@ static_assert(MS_CTS_ON == 0x10 && MS_DSR_ON == 0x20 && MS_RING_ON == 0x40 && MS
 static_assert(EV_RING == 0x100);
 static_assert(WAIT_OBJECT_0 == 0 && WAIT_TIMEOUT == 258 && WAIT_FAILED == 0xFFFFFFFF);
 static_assert(STATUS_PENDING == 0x103 && STILL_ACTIVE == 259);
+static_assert(ERROR_INVALID_FUNCTION == 1 && ERROR_NOT_SUPPORTED == 50);
 static_assert(ERROR_SUCCESS == 0 && ERROR_FILE_NOT_FOUND == 2 && ERROR_ACCESS_DENIED == 5);
 static_assert(ERROR_INVALID_HANDLE == 6 && ERROR_NOT_ENOUGH_MEMORY == 8);
 static_assert(ERROR_BAD_COMMAND == 22 && ERROR_GEN_FAILURE == 31);

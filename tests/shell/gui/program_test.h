@@ -2,16 +2,15 @@
 #define VT63X_TESTS_SHELL_GUI_PROGRAM_TEST_H
 
 // The whole program in a directory of its own, driven from outside by window calls alone, with a
-// chip and a card on COM1:.
+// chip and a card on COM1: and nothing on COM2:.
 
 #include <filesystem>
 #include <fstream>
-#include <memory>
 #include <string>
 
+#include "chip_on_com1.h"
 #include "shell/program.h"
 #include "shell/resources/resource.h"
-#include "simulator/pty_server.h"
 #include "tests/support/gui_driver.h"
 #include "tests/support/temp_directory.h"
 
@@ -23,11 +22,7 @@ class ProgramTest : public testing::Test {
  protected:
   ProgramTest() : before_(std::filesystem::current_path()) {
     std::filesystem::current_path(std::filesystem::path(directory_.File("x")).parent_path());
-    PtyServer::Options options;
-    std::string error;
-    options.cards.push_back(*ParseCardOption("5A3C1E78", error));
-    chip_ = std::make_unique<PtyServer>(options);
-    SetEnvironmentVariableA("VT63X_COM1", chip_->path().c_str());
+    SetEnvironmentVariableA("VT63X_COM2", directory_.File("none").c_str());
   }
   ~ProgramTest() override { std::filesystem::current_path(before_); }
 
@@ -67,6 +62,26 @@ class ProgramTest : public testing::Test {
   }
   bool WaitForLog(const std::string& part) const {
     return WaitFor([&] { return Log().find(part) != std::string::npos; }, part.c_str());
+  }
+
+  // What can be used depends on whether the port is open.
+  void ExpectState(bool open, const char* when) const {
+    const auto enabled = [&](int id) { return IsWindowEnabled(Item(id)) != FALSE; };
+    const auto menu_enabled = [&](int id) {
+      return (GetMenuState(GetMenu(main_), static_cast<UINT>(id), MF_BYCOMMAND) & MF_GRAYED) == 0;
+    };
+    for (const int id : {1033, 1034, 1035, 1036, 1041, 1042, 1044, 1045, 5, 1039, 1018}) {
+      EXPECT_EQ(enabled(id), open) << id << when;
+    }
+    for (const int id : {40006, 40007, 40008, 40010, 40014})
+      EXPECT_EQ(menu_enabled(id), open) << id;
+    for (const int id : {40003, 40005}) EXPECT_EQ(menu_enabled(id), !open) << id << when;
+    for (const int id : {40001, 40002, 40015, 40016, 40017, 40025}) {
+      EXPECT_TRUE(menu_enabled(id)) << id;
+    }
+    EXPECT_EQ(enabled(1032), !open) << when;
+    EXPECT_TRUE(enabled(1014));
+    EXPECT_EQ(Text(1012), open ? "O" : "C") << when;
   }
 
   // As typed and entered.
@@ -110,7 +125,7 @@ class ProgramTest : public testing::Test {
   }
 
   TempDirectory directory_;
-  std::unique_ptr<PtyServer> chip_;
+  ChipOnCom1 chip_;
 
  private:
   std::filesystem::path before_;
