@@ -4,6 +4,13 @@
 
 find_program(VT63X_WINDRES NAMES x86_64-w64-mingw32-windres REQUIRED)
 
+# The version that windows and files show, from the project's.
+file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/generated/vt63x_version.h CONTENT
+"#define VT63X_VERSION_NUMBERS @PROJECT_VERSION_MAJOR@, @PROJECT_VERSION_MINOR@, @PROJECT_VERSION_PATCH@, 0
+#define VT63X_VERSION_TEXT \"@PROJECT_VERSION_MAJOR@.@PROJECT_VERSION_MINOR@\"
+#define VT63X_ABOUT_TEXT \"VT63x RS232 Test v@PROJECT_VERSION_MAJOR@.@PROJECT_VERSION_MINOR@\"
+" @ONLY)
+
 # Compiles `script` to `result`, in windres's FORMAT.
 function(vt63x_compile_resources script result format)
   if(WIN32)
@@ -15,10 +22,10 @@ function(vt63x_compile_resources script result format)
     COMMAND ${VT63X_WINDRES} --output-format=${format} --codepage=65001
       "--preprocessor=${CMAKE_C_COMPILER}" --preprocessor-arg=-E --preprocessor-arg=-xc
       --preprocessor-arg=-DRC_INVOKED
-      ${headers} -I ${CMAKE_SOURCE_DIR}
+      ${headers} -I ${CMAKE_SOURCE_DIR} -I ${CMAKE_BINARY_DIR}/generated
       -i ${script} -o ${result}
     WORKING_DIRECTORY ${CMAKE_SOURCE_DIR}
-    DEPENDS ${script} ${ARGN}
+    DEPENDS ${script} ${ARGN} ${CMAKE_BINARY_DIR}/generated/vt63x_version.h
       ${CMAKE_SOURCE_DIR}/platform/include/winresrc.h
       ${CMAKE_SOURCE_DIR}/platform/include/win32/styles.h
     VERBATIM)

@@ -22,8 +22,8 @@ ScriptEnd ReportUnreadable(const LineParser& parser, int error) {
 // Memory may run out; no exception leaves the runner's thread.
 ScriptEnd RunFile(LineParser& parser) try {
   const AppState& state = *parser.action->app_state;
-  log_append(parser.action, "Processing ", 0);
-  log_append(parser.action, state.wcf_path, 1);
+  // In one piece, so that no line of a dialog comes between.
+  log_append(parser.action, (std::string("Processing ") + state.wcf_path).c_str(), 1);
   std::string content;
   const int error = ReadWholeFile(state.wcf_path, content);
   if (error != 0) return ReportUnreadable(parser, error);

@@ -32,19 +32,13 @@ struct OpenReader {
                            std::printf("*** ERROR! Status = %04x \n", Digits(status));
                            std::fflush(stdout);
                          },
-                         [this](HFLSTATUS status) { LogTimerFailure(status); }}) {
+                         [](HFLSTATUS) {}}) {
     reader.block = reader_block;
   }
 
   // Statuses are printed as the integers that they widen to.
   static unsigned Digits(HFLSTATUS status) {
     return static_cast<unsigned>(static_cast<int>(status));
-  }
-  void LogTimerFailure(HFLSTATUS status) {
-    char mp_Log[100];
-    std::snprintf(mp_Log, sizeof mp_Log, "Timeout Setting Errornous(Status: 0x%04X",
-                  Digits(status));
-    reader_log_append(&action, mp_Log, 1);
   }
 
   const action_param action;

@@ -1,9 +1,11 @@
 #include "shell/command_file.h"
 
-#include <atomic>
+#include <condition_variable>
 #include <cstdio>
 #include <cstring>
+#include <mutex>
 #include <string>
+#include <utility>
 
 #include "script/runner.h"
 #include "shell/file_request.h"
@@ -16,24 +18,41 @@ namespace {
 
 constexpr char kNone[] = "NULL";
 constexpr int kReapAttempts = 30;
-constexpr DWORD kReapPauseMs = 100;
+constexpr UINT kReapPauseMs = 100;
 
 // Read by the threads of a run, written before they start.
 action_param thread_param;
 
 // A runner executes nothing before both threads are there, and nothing at all if one is missing.
-enum class StartGate { kClosed, kOpen, kCancelled };
-std::atomic<StartGate> start_gate = StartGate::kClosed;
+class StartGate {
+ public:
+  enum class State { kClosed, kOpen, kCancelled };
+
+  void Set(State state) {
+    const std::lock_guard lock(mutex_);
+    state_ = state;
+    changed_.notify_all();
+  }
+  bool PassWhenOpen() {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [this] { return state_ != State::kClosed; });
+    return state_ == State::kOpen;
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  State state_ = State::kClosed;
+} start_gate;
 
 DWORD WINAPI RunWhenAllowed(void* action) {
-  start_gate.wait(StartGate::kClosed);
-  return start_gate == StartGate::kOpen ? RunCommandFile(action) : 0;
+  return start_gate.PassWhenOpen() ? RunCommandFile(action) : 0;
 }
 
-void LetRunnerGo(StartGate how) {
-  start_gate = how;
-  start_gate.notify_all();
-}
+// Main thread: how often the threads of the last run have been looked for, and whether the next run
+// waits for their end.
+int reap_attempts = 0;
+bool run_wanted = false;
 
 bool NoneSelected(const AppState& state) { return std::strcmp(state.wcf_path, kNone) == 0; }
 
@@ -65,7 +84,7 @@ void CloseThread(HANDLE& thread) {
 }
 
 void StartRun(AppState& state) {
-  start_gate = StartGate::kClosed;
+  start_gate.Set(StartGate::State::kClosed);
   state.script_running = 1;
   state.runner_thread = CreateThread(nullptr, 0, RunWhenAllowed, &thread_param, 0, nullptr);
   if (state.runner_thread == nullptr) {
@@ -75,11 +94,11 @@ void StartRun(AppState& state) {
   state.processing_thread =
       CreateThread(nullptr, 0, ShowProcessingDialog, &thread_param, 0, nullptr);
   if (state.processing_thread != nullptr) {
-    LetRunnerGo(StartGate::kOpen);
+    start_gate.Set(StartGate::State::kOpen);
     return;
   }
   state.script_running = 0;
-  LetRunnerGo(StartGate::kCancelled);
+  start_gate.Set(StartGate::State::kCancelled);
   CloseThread(state.runner_thread);
 }
 
@@ -106,7 +125,8 @@ void SelectCommandFile(const action_param* action) {
 
 void ApplyOverrideName(const action_param* action) {
   AppState& state = *action->app_state;
-  if (NoneSelected(state)) return;
+  // A run reads the path; what the field says then counts with its next change.
+  if (NoneSelected(state) || state.script_running != 0) return;
   char new_fname[254];
   GetDlgItemTextA(state.main_wnd, IDC_OVERRIDE_NAME, new_fname, sizeof new_fname);
   // Each change is notified several times; the log hears of it once.
@@ -129,20 +149,28 @@ void ProcessCommandFile(const action_param* action) {
     log_append(action, "Error: Cannot process WCF (not found).", 1);
     return;
   }
-  ReapThreads(action);
-  if (state.runner_thread != nullptr || state.processing_thread != nullptr) return;
   thread_param = *action;
-  StartRun(state);
+  run_wanted = true;
+  ReapThreads(action);
 }
 
 void ReapThreads(const action_param* action) {
+  reap_attempts = 0;
+  ReapThreadsTimer(action);
+}
+
+// A thread that ends its dialog needs this thread meanwhile, so it must not wait.
+void ReapThreadsTimer(const action_param* action) {
   AppState& state = *action->app_state;
-  for (int attempt = 0; attempt < kReapAttempts; ++attempt) {
-    const bool runner = Reap(state.runner_thread);
-    const bool processing = Reap(state.processing_thread);
-    if (runner && processing) return;
-    WaitForSingleObject(runner ? state.processing_thread : state.runner_thread, kReapPauseMs);
+  const bool runner = Reap(state.runner_thread);
+  const bool processing = Reap(state.processing_thread);
+  const bool over = (runner && processing) || ++reap_attempts == kReapAttempts;
+  if (!over) {
+    SetTimer(state.main_wnd, REAP_TIMER, kReapPauseMs, nullptr);
+    return;
   }
+  KillTimer(state.main_wnd, REAP_TIMER);
+  if (std::exchange(run_wanted, false) && runner && processing) StartRun(state);
 }
 
 DWORD WINAPI ShowProcessingDialog(void* parameter) {

@@ -19,12 +19,15 @@ void SelectCommandFile(const action_param* action);
 // refused, with a line in the log, and the path stays.
 void ApplyOverrideName(const action_param* action);
 
-// Starts a run of wcf_path, after asking for a file when none is selected. Does nothing while a run
-// is under way.
+// Starts a run of wcf_path, after asking for a file when none is selected; at once, or when the
+// threads of the last run have ended. Does nothing while a run is under way.
 void ProcessCommandFile(const action_param* action);
 
-// Closes the handles of a run's threads once they have ended; waits up to 3 s for them.
+// Closes the handles of a run's threads once they have ended, now or within 3 s: while they have
+// not, the main window's timer REAP_TIMER asks for ReapThreadsTimer every 100 ms.
 void ReapThreads(const action_param* action);
+void ReapThreadsTimer(const action_param* action);
+inline constexpr UINT_PTR REAP_TIMER = 2;
 
 // Thread procedure: shows the dialog of a run until it ends; the parameter is an action_param.
 DWORD WINAPI ShowProcessingDialog(void* action);

@@ -1,6 +1,7 @@
 #include "shell/hex_text.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdlib>
 #include <cstring>
 
@@ -31,9 +32,9 @@ void ByteToBinaryText(std::uint8_t byte, char* text) {
 }
 
 std::uint8_t HexPairToByte(const char* text) {
-  char pair[3] = {};
-  std::memcpy(pair, text, strnlen(text, 2));
-  return static_cast<std::uint8_t>(std::strtol(pair, nullptr, 16) & 0xFF);
+  std::uint8_t byte = 0;
+  std::from_chars(text, text + strnlen(text, 2), byte, 16);  // knows neither signs nor blanks
+  return byte;
 }
 
 void BytesToHexText(char* text, const std::uint8_t* bytes, int count) {

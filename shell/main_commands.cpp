@@ -91,7 +91,11 @@ void ShowUserActions(const action_param* action) {
   TrackPopupMenu(menu, 0, cpp_btn_rect.left, cpp_btn_rect.bottom, 0, action->main_wnd, nullptr);
 }
 
-void Quit(const action_param*) { PostQuitMessage(0); }
+// The quit message alone would leave the dialog's result, the program's exit code, to the system.
+void Quit(const action_param* action) {
+  EndDialog(action->main_wnd, 0);
+  PostQuitMessage(0);
+}
 
 struct command_row {
   WORD first;

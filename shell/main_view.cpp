@@ -58,6 +58,10 @@ void MainWindowView::ShowLogTimer() {
 }
 
 bool MainWindowView::ReadLogPane(char* buffer, std::size_t size) {
+  if (!OnMainThread()) {
+    SendMessageA(state_.main_wnd, WM_READ_LOG, size, reinterpret_cast<LPARAM>(buffer));
+    return true;
+  }
   if (log_posted_) ShowLog();
   GetDlgItemTextA(state_.main_wnd, IDC_LOG, buffer, static_cast<int>(size));
   return true;

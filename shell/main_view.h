@@ -14,6 +14,8 @@ namespace vt63x {
 // Messages that the view posts to the main window for what happens on other threads.
 inline constexpr UINT WM_SHOW_LOG = WM_APP + 1;
 inline constexpr UINT WM_SHOW_RATE = WM_APP + 2;
+// Sent to it: reads the log pane into the buffer lParam of wParam characters.
+inline constexpr UINT WM_READ_LOG = WM_APP + 3;
 
 // Shows in the main window what the layers below report. On the main thread at once; from the
 // runner thread by a posted message, several changes by one, so that the runner never waits for the

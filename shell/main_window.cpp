@@ -3,6 +3,7 @@
 #include <iterator>
 
 #include "serial/port_control.h"
+#include "shell/command_file.h"
 #include "shell/command_line.h"
 #include "shell/main_commands.h"
 #include "shell/main_view.h"
@@ -145,13 +146,26 @@ INT_PTR Destroy(const action_param* action) {
 }
 
 INT_PTR Timer(const action_param* action) {
-  if (action->wparam != MainWindowView::SHOW_LOG_TIMER) return FALSE;
-  View(*action->app_state).ShowLogTimer();
-  return TRUE;
+  switch (action->wparam) {
+    case MainWindowView::SHOW_LOG_TIMER:
+      View(*action->app_state).ShowLogTimer();
+      return TRUE;
+    case REAP_TIMER:
+      ReapThreadsTimer(action);
+      return TRUE;
+    default:
+      return FALSE;
+  }
 }
 
 INT_PTR ShowLog(const action_param* action) {
   View(*action->app_state).ShowLogInTurn();
+  return TRUE;
+}
+
+INT_PTR ReadLog(const action_param* action) {
+  char* const buffer = reinterpret_cast<char*>(action->lparam);
+  View(*action->app_state).ReadLogPane(buffer, action->wparam);
   return TRUE;
 }
 
@@ -168,7 +182,7 @@ struct message_row {
 constexpr message_row kMessages[] = {
     {WM_INITDIALOG, InitDialog}, {WM_COMMAND, RunMainCommand}, {WM_SIZE, KeepWindowSize},
     {WM_CLOSE, Close},           {WM_DESTROY, Destroy},        {WM_TIMER, Timer},
-    {WM_SHOW_LOG, ShowLog},      {WM_SHOW_RATE, ShowRate},
+    {WM_SHOW_LOG, ShowLog},      {WM_SHOW_RATE, ShowRate},     {WM_READ_LOG, ReadLog},
 };
 
 }  // namespace

@@ -3,15 +3,17 @@
 #include <cerrno>
 #include <system_error>
 
+#include "simulator/sim_options.h"
+
 namespace vt63x {
 
 bool AccessTrace::Open(const std::string& path, std::string& error) {
-  file_.reset(std::fopen(path.c_str(), "we"));  // e: not for the command that runs on the line
+  // e, where there are commands that run on the line: not for them.
+  file_.reset(std::fopen(path.c_str(), kHasPty ? "we" : "w"));
   if (!file_) {
     error = path + ": " + std::generic_category().message(errno);
     return false;
   }
-  std::setvbuf(file_.get(), nullptr, _IOLBF, BUFSIZ);
   start_ = std::chrono::steady_clock::now();
   return true;
 }
@@ -28,6 +30,7 @@ void AccessTrace::OnAccess(const LineAnswer& answer) {
     std::fprintf(file_.get(), " %02X", answer.bytes[i]);
   }
   std::fputc('\n', file_.get());
+  std::fflush(file_.get());
 }
 
 }  // namespace vt63x

@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "simulator/pty_line.h"
+#include "simulator/access_observer.h"
 
 namespace vt63x {
 

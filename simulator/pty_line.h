@@ -18,6 +18,7 @@
 #include <cstdint>
 #include <string>
 
+#include "simulator/access_observer.h"
 #include "simulator/fixed_queue.h"
 #include "simulator/line_pace.h"
 #include "simulator/pty_device.h"
@@ -25,18 +26,6 @@
 #include "simulator/unique_fd.h"
 
 namespace vt63x {
-
-// Sees every access as it is carried out, on the thread that serves; must not wait.
-class AccessObserver {
- public:
-  virtual void OnAccess(const LineAnswer& answer) = 0;
-
- protected:
-  AccessObserver() = default;
-  ~AccessObserver() = default;
-  AccessObserver(const AccessObserver&) = delete;
-  AccessObserver& operator=(const AccessObserver&) = delete;
-};
 
 // Something else that the serving thread looks after.
 class SideInput {

@@ -13,7 +13,8 @@ namespace vt63x {
 namespace {
 
 constexpr const char* kDescription =
-    "Simulates the chip on a pseudo terminal, which any program can open as its serial port.\n"
+    "Simulates the chip on a pseudo terminal, which any program can open as its serial port, or\n"
+    "with --port at the far end of a null-modem cable. Windows has --port only.\n"
     "Prints the path of the device on one line and serves it until SIGINT, SIGTERM or SIGHUP.\n"
     "With -- COMMAND, prints no path but runs the command with VT63X_COM1 set to it, and serves\n"
     "it until the command ends. The line starts at 9600 bps on either side.";
@@ -49,6 +50,7 @@ output:
 Examples:
   vt63x-sim                              print the device path and serve it
   vt63x-sim --link /tmp/reader           the same under a path of your own
+  vt63x-sim --port COM5                  serve the chip on this port
   vt63x-sim -- wcf dump --port COM1:     run a program against the chip
   vt63x-sim --fault silence@5+1          the fifth access gets no answer
   vt63x-sim --fault delay=600 --pace     every answer 600 ms late, bytes at line speed
@@ -106,6 +108,21 @@ void AddAirFault(const std::string& text, SimOptions& options) {
   options.air_faults.push_back(*fault);
 }
 
+// What the one line can do and the other cannot.
+void CheckLine(const SimOptions& options, bool has_command) {
+  if (options.port.empty()) {
+    if (!kHasPty) throw CLI::ValidationError("--port", "which port to serve must be said here");
+    return;
+  }
+  const std::pair<bool, const char*> others[] = {{options.pace, "--pace"},
+                                                 {!options.link.empty(), "--link"},
+                                                 {options.control, "--control"},
+                                                 {has_command, "a COMMAND"}};
+  for (const auto& [given, name] : others) {
+    if (given) throw CLI::ValidationError("--port", std::string("not together with ") + name);
+  }
+}
+
 class UsageWithCommand final : public CLI::Formatter {
  public:
   std::string make_usage(const CLI::App*, std::string name) const override {
@@ -138,6 +155,7 @@ std::optional<SimOptions> ParseSimOptions(int argc, char** argv, int& exit_code)
   CLI::App app(kDescription, "vt63x-sim");
   app.formatter(std::make_shared<UsageWithCommand>());
   app.footer(kFooter);
+  app.set_version_flag("--version", "vt63x-sim " VT63X_VERSION);
   app.add_flag("--pace", options.pace,
                "bytes take ten bit times each way, as on a real line; how late\nanswers were is "
                "reported at the end");
@@ -158,6 +176,10 @@ std::optional<SimOptions> ParseSimOptions(int argc, char** argv, int& exit_code)
   AddRepeated(app, "--register",
               "start with this value in a register (hexadecimal); may be repeated", "ADDR=VALUE",
               [&](const std::string& text) { AddRegister(text, options); });
+  app.add_option("--port", options.port,
+                 "serve on this port, a COM name or the path of a device, instead of a\npseudo "
+                 "terminal; without --pace, --link, --control and COMMAND")
+      ->type_name("NAME");
   app.add_option("--link", options.link, "make a symbolic link to the device while it is there")
       ->type_name("PATH");
   app.add_option("--trace", options.trace,
@@ -169,6 +191,7 @@ std::optional<SimOptions> ParseSimOptions(int argc, char** argv, int& exit_code)
     if (separator != end && separator + 1 == end) {
       throw CLI::ValidationError("--", "no command follows");
     }
+    CheckLine(options, separator != end);
     std::string card_error;
     for (const std::string& file : card_files) {
       if (!KeepCardIn(file, options.cards, card_error)) {

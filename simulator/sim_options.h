@@ -21,12 +21,16 @@ struct SimOptions {
   std::vector<CardOption> cards;
   std::vector<AirFault> air_faults;
   bool control = false;
+  std::string port;                  // empty: a pseudo terminal of its own
   std::string link;                  // empty: none
   std::string trace;                 // empty: none
   std::vector<std::string> command;  // empty: serve until a signal
 };
 
 inline constexpr int kExitUsage = 2;
+
+// Whether the system has pseudo terminals; the build says so.
+inline constexpr bool kHasPty = VT63X_HAS_PTY != 0;
 
 // Prints help or a complaint itself and then gives nothing, with the exit code of the program, 0
 // or kExitUsage, in `exit_code`.

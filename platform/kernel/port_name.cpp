@@ -6,12 +6,17 @@ namespace vt63x::kernel {
 namespace {
 
 constexpr std::string_view kPrefix = "COM";
+constexpr std::string_view kDevicePrefix = R"(\\.\)";
 constexpr int kPorts = 16;
 
 }  // namespace
 
 int PortNumber(std::string_view name) {
-  if (name.ends_with(':')) name.remove_suffix(1);
+  if (name.starts_with(kDevicePrefix)) {
+    name.remove_prefix(kDevicePrefix.size());
+  } else if (name.ends_with(':')) {
+    name.remove_suffix(1);
+  }
   for (int number = 1; number <= kPorts; ++number) {
     const std::string known = std::string(kPrefix) + std::to_string(number);
     if (name.size() == known.size() && strncasecmp(name.data(), known.data(), name.size()) == 0) {

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <utility>
 
 namespace vt63x {
 namespace {
@@ -40,6 +41,25 @@ int WriteText(const char* path, const std::string& text) {
   const bool closed = std::fclose(file) == 0;
   if (write_error != 0) return write_error;
   return closed ? 0 : errno;
+}
+
+// What the user typed into the pane becomes part of the log. The pane belongs to the main thread,
+// so it is read with the log unlocked; a line that another thread adds meanwhile must not be lost.
+void TakeTextOfPane(AppState& state) {
+  constexpr int kAttempts = 5;
+  std::string pane(LOG_CAPACITY, '\0');
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    std::pair<std::uint32_t, std::size_t> before;
+    {
+      const std::lock_guard lock(state.log_lock);
+      before = {state.log_generation, TextLength(state)};
+    }
+    if (!state.view->ReadLogPane(pane.data(), pane.size())) return;
+    const std::lock_guard lock(state.log_lock);
+    if (before != std::pair{state.log_generation, TextLength(state)}) continue;
+    SetText(state, 0, pane.c_str(), std::strlen(pane.c_str()));
+    return;
+  }
 }
 
 }  // namespace
@@ -82,12 +102,7 @@ void log_save(const action_param* action) {
   if (state.log_buf == nullptr || state.view == nullptr) return;
   char path[MAX_PATH] = "*.txt";
   if (!state.view->AskLogFile(path)) return;
-  // The pane belongs to the main thread, so it is read before the log is locked.
-  std::string pane(LOG_CAPACITY, '\0');
-  if (state.view->ReadLogPane(pane.data(), pane.size())) {
-    const std::lock_guard lock(state.log_lock);
-    SetText(state, 0, pane.c_str(), std::strlen(pane.c_str()));
-  }
+  TakeTextOfPane(state);
   log_append_to_file(action, path);
 }
 

@@ -1,8 +1,9 @@
 #ifndef VT63X_SHELL_STATE_STACK_LOCK_H
 #define VT63X_SHELL_STATE_STACK_LOCK_H
 
-#include <atomic>
+#include <condition_variable>
 #include <cstdint>
+#include <mutex>
 
 namespace vt63x {
 
@@ -13,21 +14,24 @@ namespace vt63x {
 class StackLock {
  public:
   void lock() {
-    const std::uint32_t ticket = next_.fetch_add(1, std::memory_order_relaxed);
-    for (std::uint32_t served = served_.load(std::memory_order_acquire); served != ticket;
-         served = served_.load(std::memory_order_acquire)) {
-      served_.wait(served, std::memory_order_acquire);
-    }
+    std::unique_lock guard(mutex_);
+    const std::uint32_t ticket = next_++;
+    turn_.wait(guard, [&] { return served_ == ticket; });
   }
 
   void unlock() {
-    served_.fetch_add(1, std::memory_order_release);
-    served_.notify_all();
+    {
+      const std::lock_guard guard(mutex_);
+      ++served_;
+    }
+    turn_.notify_all();
   }
 
  private:
-  std::atomic<std::uint32_t> next_ = 0;    // the ticket that the next to ask gets
-  std::atomic<std::uint32_t> served_ = 0;  // whose turn it is
+  std::mutex mutex_;
+  std::condition_variable turn_;
+  std::uint32_t next_ = 0;    // the ticket that the next to ask gets
+  std::uint32_t served_ = 0;  // whose turn it is
 };
 
 }  // namespace vt63x

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <atomic>
 #include <cstdint>
 #include <thread>
 
@@ -15,10 +16,21 @@ constexpr DWORD kUntouched = 0xDEADBEEF;
 HANDLE NewEvent() { return CreateEventA(nullptr, TRUE, FALSE, nullptr); }
 
 TEST(Win32LastError, BelongsToTheThread) {
-  SetLastError(kUntouched);
-  std::thread other([] { SetLastError(5); });
+  std::atomic<int> set = 0;
+  // Each sets its own, and looks at it when both have.
+  const auto set_and_look = [&](DWORD error, DWORD& seen) {
+    SetLastError(error);
+    ++set;
+    while (set != 2) continue;
+    seen = GetLastError();
+  };
+  DWORD seen_by_other = 0;
+  DWORD seen_here = 0;
+  std::thread other([&] { set_and_look(5, seen_by_other); });
+  set_and_look(kUntouched, seen_here);
   other.join();
-  EXPECT_EQ(GetLastError(), kUntouched);
+  EXPECT_EQ(seen_by_other, 5u);
+  EXPECT_EQ(seen_here, kUntouched);
 }
 
 TEST(Win32LastError, IsLeftAloneBySuccessAndByTimeOut) {

@@ -1,4 +1,4 @@
-// Ports by Win32 calls alone, with a chip that answers on COM1: and nothing on COM2:. A chip
+// Ports by Win32 calls alone, with a chip that answers on COM1: and nothing on COM8:. A chip
 // answers the byte 0xB7 (read register 0x37) with 0x91.
 
 #include <gtest/gtest.h>
@@ -23,7 +23,7 @@ HANDLE Open(const char* name) {
 class Win32Port : public testing::Test {
  protected:
   Win32Port() {
-    SetEnvironmentVariableA("VT63X_COM2", "/nonexistent");
+    SetEnvironmentVariableA("VT63X_COM8", "/nonexistent");
     port_ = Open("COM1:");
     EXPECT_NE(port_, INVALID_HANDLE_VALUE) << GetLastError();
     DCB settings = SettingsWithRate(9600);
@@ -72,15 +72,6 @@ TEST_F(Win32Port, GetOverlappedResultWaitsWhenToldTo) {
   EXPECT_EQ(byte, '\x91');
 }
 
-TEST_F(Win32Port, PurgeBreaksAPendingReadOff) {
-  OverlappedCall read;
-  char byte = 0;
-  EXPECT_EQ(ErrorOf(ReadFile(port_, &byte, 1, nullptr, &read.record)), ERROR_IO_PENDING);
-  EXPECT_EQ(ErrorOf(PurgeComm(port_, PURGE_RXABORT)), ERROR_SUCCESS);
-  EXPECT_EQ(read.Wait(5000), DWORD{WAIT_OBJECT_0});
-  EXPECT_EQ(read.Result(port_), ERROR_OPERATION_ABORTED);
-}
-
 TEST_F(Win32Port, PurgeThrowsUnreadBytesAway) {
   EXPECT_EQ(WritePort(port_, kReadVersion), ERROR_SUCCESS);
   for (int i = 0; i < 500 && chip_.accesses() == 0; ++i) Sleep(5);
@@ -112,8 +103,6 @@ TEST_F(Win32Port, ReadEndsEmptyWhenNothingCameInTime) {
   EXPECT_EQ(read.Wait(2000), DWORD{WAIT_OBJECT_0});
   EXPECT_EQ(read.Result(port_), ERROR_SUCCESS);
   EXPECT_EQ(read.bytes, 0u);
-  PurgeComm(port_, PURGE_RXABORT);
-  read.Wait(2000);
 }
 
 TEST_F(Win32Port, IsOpenedOnce) {
@@ -122,7 +111,7 @@ TEST_F(Win32Port, IsOpenedOnce) {
 }
 
 TEST_F(Win32Port, MissingOneIsNotFound) {
-  for (const char* name : {"COM2:", "COM2"}) {
+  for (const char* name : {"COM8:", "COM8"}) {
     SetLastError(0);
     EXPECT_EQ(Open(name), INVALID_HANDLE_VALUE) << name;
     EXPECT_EQ(GetLastError(), DWORD{ERROR_FILE_NOT_FOUND}) << name;

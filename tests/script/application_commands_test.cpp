@@ -120,7 +120,8 @@ TEST_F(SaveTest, FileThatCannotBeWrittenIsSilentInTheLogAndToldToTheView) {
   EXPECT_EQ(Run("SAV taken"), LINE_FAILED);
   EXPECT_EQ(program.log(), "//< one\r\n");
   EXPECT_NE(program.view.not_saved.find("TAKEN.txt"), std::string::npos);
-  EXPECT_EQ(program.view.save_error, EISDIR);
+  // Windows denies access to a directory.
+  EXPECT_TRUE(program.view.save_error == EISDIR || program.view.save_error == EACCES);
 }
 
 TEST_F(SaveTest, DirectoryTooLongForAPathIsRefused) {

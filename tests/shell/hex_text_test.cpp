@@ -46,8 +46,9 @@ TEST(HexTextTest, PairsEndAtTheirFirstOtherCharacter) {
     const char* text;
     int value;
   };
-  for (const Case& c : {Case{"3C9A", 0x3C}, Case{"5", 0x05}, Case{"", 0}, Case{"G1", 0},
-                        Case{"1G", 1}, Case{"ff", 0xFF}}) {
+  for (const Case& c :
+       {Case{"3C9A", 0x3C}, Case{"5", 0x05}, Case{"", 0}, Case{"G1", 0}, Case{"1G", 1},
+        Case{"ff", 0xFF}, Case{"-1", 0}, Case{" 5", 0}, Case{"0x", 0}}) {
     EXPECT_EQ(HexPairToByte(c.text), c.value) << c.text;
   }
 }

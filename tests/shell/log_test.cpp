@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 #include <thread>
 
@@ -93,6 +94,7 @@ TEST_F(LogTest, CancelledSaveWritesNothing) {
 }
 
 TEST_F(LogTest, FullDeviceIsReported) {
+  if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no device that is always full";
   Append("line");
   log_append_to_file(&program.action, "/dev/full");
   EXPECT_EQ(program.view.not_saved, "/dev/full");

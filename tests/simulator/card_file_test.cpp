@@ -96,7 +96,9 @@ TEST_F(CardFileTest, LinkAndPermissionsOutliveAChange) {
   const Bytes two = {1, 2};
   std::ofstream(folder / "target") << std::string(16, 'x');
   fs::permissions(folder / "target", fs::perms::owner_read | fs::perms::owner_write);
-  fs::create_symlink("target", path);
+  std::error_code no_links;
+  fs::create_symlink("target", path, no_links);
+  if (no_links) GTEST_SKIP() << "no symbolic links here";
   auto image = CardImage::Open(path, Bytes(16, 0), 0, error);
   ASSERT_TRUE(image) << error;
   EXPECT_TRUE(image->Change(0, two));

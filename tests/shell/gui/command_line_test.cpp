@@ -61,8 +61,6 @@ TEST_F(CommandLineTest, AnyTextIsTakenAndNothingBreaks) {
           std::string("%s%n%x"), std::string("\t\t\t")}) {
       Enter(text.c_str());
     }
-    Enter("//> \xff");
-    EXPECT_EQ(LastLine(), "//< \xff");
     Enter("GR 37");
     EXPECT_EQ(LastLine(), "GR  37          // data == 91  // (Status: 0x0000)");
   });

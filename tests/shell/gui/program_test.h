@@ -2,7 +2,7 @@
 #define VT63X_TESTS_SHELL_GUI_PROGRAM_TEST_H
 
 // The whole program in a directory of its own, driven from outside by window calls alone, with a
-// chip and a card on COM1: and nothing on COM2:.
+// chip and a card on COM1: and nothing on COM8:.
 
 #include <filesystem>
 #include <fstream>
@@ -22,7 +22,7 @@ class ProgramTest : public testing::Test {
  protected:
   ProgramTest() : before_(std::filesystem::current_path()) {
     std::filesystem::current_path(std::filesystem::path(directory_.File("x")).parent_path());
-    SetEnvironmentVariableA("VT63X_COM2", directory_.File("none").c_str());
+    SetEnvironmentVariableA("VT63X_COM8", directory_.File("none").c_str());
   }
   ~ProgramTest() override { std::filesystem::current_path(before_); }
 

@@ -1,0 +1,167 @@
+#include "simulator/serve_pty.h"
+
+#include <signal.h>
+#include <stdlib.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "simulator/child_process.h"
+#include "simulator/control_input.h"
+#include "simulator/pty_line.h"
+#include "simulator/serial_port.h"
+#include "simulator/sim_setup.h"
+
+namespace vt63x {
+namespace {
+
+constexpr int kLineEnded = SIGUSR1;        // from the serving thread to the main one
+constexpr std::chrono::seconds kGrace{5};  // for a command that was told to end
+
+// A symbolic link that is there as long as the object.
+class DeviceLink {
+ public:
+  ~DeviceLink() {
+    std::error_code ignored;
+    if (!path_.empty() && std::filesystem::read_symlink(path_, ignored) == device_) {
+      std::filesystem::remove(path_, ignored);
+    }
+  }
+
+  // An older link in its place is replaced, anything else is left alone and makes this fail.
+  bool Make(const std::string& path, const std::string& device, std::string& error) {
+    std::error_code code;
+    if (std::filesystem::is_symlink(path, code)) std::filesystem::remove(path, code);
+    std::filesystem::create_symlink(device, path, code);
+    if (code) {
+      error = path + ": " + code.message();
+      return false;
+    }
+    path_ = path;
+    device_ = device;
+    return true;
+  }
+
+ private:
+  std::filesystem::path path_;
+  std::filesystem::path device_;
+};
+
+// The signals that the main thread takes one by one. Blocked before any other thread starts.
+sigset_t BlockSignals(sigset_t& old_mask) {
+  ::signal(SIGCHLD, SIG_DFL);  // ignored, it would take the command's exit code away
+  sigset_t signals;
+  ::sigemptyset(&signals);
+  for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGCHLD, kLineEnded}) {
+    ::sigaddset(&signals, number);
+  }
+  ::pthread_sigmask(SIG_BLOCK, &signals, &old_mask);
+  return signals;
+}
+
+// Until a signal asks for the end or the line has gone.
+void WaitForEnd(const sigset_t& signals) {
+  int number = 0;
+  do {
+    number = ::sigwaitinfo(&signals, nullptr);
+  } while (number < 0 || number == SIGCHLD);
+}
+
+// Until the command ends; its exit code. Outlives the command in any case: what a terminal sends
+// reaches the command by itself, what is sent to this process alone is passed on.
+int WaitForCommand(const sigset_t& signals, ChildProcess& command) {
+  using Clock = std::chrono::steady_clock;
+  constexpr timespec kOneSecond{1, 0};
+  std::optional<Clock::time_point> kill_at;
+  while (true) {
+    if (const auto code = command.ExitCode()) return *code;
+    if (kill_at && Clock::now() >= *kill_at) command.Signal(SIGKILL);
+    siginfo_t info{};
+    const int number = ::sigtimedwait(&signals, &info, &kOneSecond);
+    if (number != SIGINT && number != SIGTERM && number != SIGHUP) continue;
+    const bool from_terminal = info.si_code > 0;
+    if (!from_terminal) command.Signal(number);
+    if (number != SIGINT && !kill_at) kill_at = Clock::now() + kGrace;  // SIGINT need not mean end
+  }
+}
+
+void Report(const SimOptions& options, const PtyLine& line, PtyLine::End end, const Field& field) {
+  ReportStoreErrors(field);
+  if (end == PtyLine::End::kHungUp) Complain("the line has hung up");
+  if (end == PtyLine::End::kFailed) Complain("the line could not be served any longer");
+  if (line.lost_answers() > 0) {
+    Complain(std::to_string(line.lost_answers()) + " bytes found the client's buffer full");
+  }
+  const PaceReport& pace = line.pace_report();
+  if (!options.pace || pace.answers == 0) return;
+  const double mean = static_cast<double>(pace.total_late) / static_cast<double>(pace.answers);
+  std::fprintf(stderr,
+               "vt63x-sim: %llu answer bytes, late by %.1f us on average, %.1f us at most\n",
+               static_cast<unsigned long long>(pace.answers), mean / 1e3,
+               static_cast<double>(pace.most_late) / 1e3);
+}
+
+}  // namespace
+
+// The main thread waits for signals, a second one serves the line.
+int ServePty(const SimOptions& options) {
+  sigset_t old_mask;
+  const sigset_t signals = BlockSignals(old_mask);
+  RealClock clock;
+  Chip chip(clock);
+  AccessTrace trace;
+  if (!SetUp(options, chip, trace)) return kExitNoDevice;
+  std::string error;
+  if (options.control) ::signal(SIGPIPE, SIG_IGN);  // who has asked need not stay for the reply
+  ControlInput control(chip.field());
+  ChipSerialPort port(chip, options.faults);
+  PtyLine line(port, {options.pace, options.trace.empty() ? nullptr : &trace,
+                      options.control ? &control : nullptr});
+  DeviceLink link;
+  if (!line.Open(error) ||
+      (!options.link.empty() && !link.Make(options.link, line.path(), error))) {
+    Complain(error);
+    return kExitNoDevice;
+  }
+
+  ChildProcess command;
+  if (options.command.empty()) {
+    std::printf("%s\n", line.path().c_str());
+    std::fflush(stdout);
+  } else {
+    ::setenv("VT63X_COM1", line.path().c_str(), 1);
+    const int code = command.Start(options.command, old_mask, error);
+    if (code != 0) {
+      Complain(error);
+      return code;
+    }
+  }
+
+  PtyLine::End end = PtyLine::End::kStopped;
+  std::thread server([&] {
+    end = line.Serve();
+    ::kill(::getpid(), kLineEnded);
+  });
+  int exit_code = 0;
+  if (options.command.empty()) {
+    WaitForEnd(signals);
+  } else {
+    exit_code = WaitForCommand(signals, command);
+  }
+  line.Stop();
+  server.join();
+  Report(options, line, end, chip.field());
+  if (options.command.empty() && end == PtyLine::End::kFailed) exit_code = kExitNoDevice;
+  return exit_code;
+}
+
+}  // namespace vt63x
