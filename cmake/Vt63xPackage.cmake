@@ -29,8 +29,8 @@ if(WIN32)
   set(CPACK_NSIS_INSTALLED_ICON_NAME wps.exe)
   set(CPACK_NSIS_ENABLE_UNINSTALL_BEFORE_INSTALL ON)
   set(CPACK_NSIS_MODIFY_PATH ON)
-  # A 64-bit installer, like what it installs.
-  set(CPACK_NSIS_EXECUTABLE_PRE_ARGUMENTS "-XTarget amd64-unicode")
+  # A 64-bit installer, like what it installs. The packager adds the dash.
+  set(CPACK_NSIS_EXECUTABLE_PRE_ARGUMENTS "XTarget\\ amd64-unicode")
 else()
   install(TARGETS wps wcf vt63x-sim RUNTIME DESTINATION bin)
   install(FILES ${examples} DESTINATION share/doc/vt63x-serial-test/examples)

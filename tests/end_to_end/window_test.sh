@@ -6,43 +6,7 @@ set -euo pipefail
 bin=$1
 case=$2
 title='VT63x Serial RS 232 Test Program'
-work=$(mktemp -d)
-pids=()
-
-cleanup() {
-  for pid in "${pids[@]}"; do kill "$pid" 2>/dev/null || true; done
-  wait 2>/dev/null || true
-  rm -rf "$work"
-}
-trap cleanup EXIT
-
-fail() {
-  echo "$case: $*" >&2
-  head -20 "$work/err" >&2 || true
-  [ -z "${KEEP_SCREEN:-}" ] || import -window root "$KEEP_SCREEN" || true
-  exit 1
-}
-
-# wait_for SECONDS COMMAND...: until it succeeds.
-wait_for() {
-  local end=$((SECONDS + $1))
-  shift
-  until "$@"; do
-    [ $SECONDS -lt $end ] || return 1
-    sleep 0.05
-  done
-}
-
-start_screen() {
-  Xvfb -displayfd 7 -screen 0 1280x1024x24 -nolisten tcp >"$work/xvfb" 2>&1 7>"$work/display" &
-  pids+=($!)
-  wait_for 20 test -s "$work/display" || fail 'no screen'
-  export DISPLAY=:$(tr -d '\n' <"$work/display")
-  openbox >"$work/openbox" 2>&1 &
-  pids+=($!)
-  wait_for 20 xprop_root || fail 'no window manager'
-}
-xprop_root() { xdotool get_desktop >/dev/null 2>&1; }
+. "$(dirname "$0")/screen.sh"
 
 # start_program [SIM OPTION...]
 start_program() {
@@ -54,10 +18,6 @@ start_program() {
   xdotool windowactivate --sync "$main"
 }
 
-# find_window TITLE: waits for it and prints its id.
-find_window() { timeout 20 xdotool search --sync --onlyvisible --name "^$1\$" | head -1; }
-there_is() { xdotool search --onlyvisible --name "^$1\$" >/dev/null 2>&1; }
-there_is_no() { ! there_is "$1"; }
 gone() { ! kill -0 "$program" 2>/dev/null; }
 
 # place [WINDOW]: X, Y, WIDTH and HEIGHT of the main window, or another, without its frame.
@@ -66,13 +26,6 @@ place() {
     's/ *Absolute upper-left ([XY]): *(.*)/\1=\2/p; s/ *Width: *(.*)/WIDTH=\1/p; s/ *Height: *(.*)/HEIGHT=\1/p')"
 }
 
-keys() { xdotool key --delay 30 "$@"; }
-# type_line TEXT: into the command line, and Enter.
-type_line() {
-  keys alt+l
-  xdotool type --delay 5 "$1"
-  keys Return
-}
 # save_log: into the file $log, by way of the command that does so; each call into another.
 saved=0
 save_log() {
@@ -86,15 +39,6 @@ log_has() {
   grep -qF -- "$1" "$log"
 }
 expect_log() { log_has "$1" || fail "not in the log: $1"$'\n'"$(cat "$log")"; }
-
-# select_file PATH: through the file dialog.
-select_file() {
-  keys alt+s
-  find_window '.*(Open|Select).*' >/dev/null || fail 'no file dialog'
-  xdotool type --delay 5 "$1"
-  keys Return
-  wait_for 10 there_is_no '.*(Open|Select).*' || fail 'the file dialog stays'
-}
 
 case_typed_line() {
   keys alt+o
