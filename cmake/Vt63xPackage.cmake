@@ -56,19 +56,23 @@ else()
   # The pages of programs that explain themselves are made from what they say.
   find_program(VT63X_HELP2MAN help2man)
   if(VT63X_HELP2MAN)
-    configure_file(packaging/linux/wps.1.in ${CMAKE_BINARY_DIR}/man/wps.1 @ONLY)
-    set(pages ${CMAKE_BINARY_DIR}/man/wps.1)
+    set(man ${CMAKE_BINARY_DIR}/man)
+    configure_file(packaging/linux/wps.1.in ${man}/wps.1 @ONLY)
+    add_custom_command(OUTPUT ${man}/wps.1.gz COMMAND gzip -9nkf ${man}/wps.1
+      DEPENDS ${man}/wps.1 VERBATIM)
+    set(pages ${man}/wps.1.gz)
     foreach(program_text
         "wcf|run command files and single commands on a VT63x chip"
         "vt63x-sim|simulated VT63x chip on a serial line")
       string(REPLACE "|" ";" program_text ${program_text})
       list(GET program_text 0 program)
       list(GET program_text 1 text)
-      add_custom_command(OUTPUT ${CMAKE_BINARY_DIR}/man/${program}.1
-        COMMAND ${VT63X_HELP2MAN} --no-info --name=${text} --output=${CMAKE_BINARY_DIR}/man/${program}.1
+      add_custom_command(OUTPUT ${man}/${program}.1.gz
+        COMMAND ${VT63X_HELP2MAN} --no-info --name=${text} --output=${man}/${program}.1
           $<TARGET_FILE:${program}>
+        COMMAND gzip -9nf ${man}/${program}.1
         DEPENDS ${program} VERBATIM)
-      list(APPEND pages ${CMAKE_BINARY_DIR}/man/${program}.1)
+      list(APPEND pages ${man}/${program}.1.gz)
     endforeach()
     add_custom_target(man_pages ALL DEPENDS ${pages})
     install(FILES ${pages} DESTINATION share/man/man1)

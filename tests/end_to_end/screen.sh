@@ -13,7 +13,7 @@ trap cleanup EXIT
 
 fail() {
   echo "$case: $*" >&2
-  head -20 "$work/err" >&2 || true
+  [ ! -e "$work/err" ] || head -20 "$work/err" >&2
   [ -z "${KEEP_SCREEN:-}" ] || import -window root "$KEEP_SCREEN" || true
   exit 1
 }
