@@ -12,7 +12,12 @@ std::string PortErrorText(DWORD error) {
   static constexpr Row kRows[] = {
       {ERROR_FILE_NOT_FOUND, "there is no such port"},
       {ERROR_ACCESS_DENIED, "it is in use by another program, or you have no right to it"},
-      {ERROR_INVALID_PARAMETER, "it is not a serial port"},
+      {ERROR_INVALID_PARAMETER, "it is no serial port and no rfc2217://host:port"},
+      {ERROR_NOT_SUPPORTED, "what answers there does not speak RFC 2217"},
+      {ERROR_BAD_NETPATH, "there is no such host"},
+      {ERROR_SEM_TIMEOUT, "nothing answers in time"},
+      {ERROR_CONNECTION_REFUSED, "the host has no server on this port"},
+      {ERROR_HOST_UNREACHABLE, "there is no way to the host"},
       {ERROR_DEVICE_NOT_CONNECTED, "the device is not connected"},
   };
   const std::string number = " (error " + std::to_string(error) + ")";

@@ -9,6 +9,8 @@
 #include "platform/kernel/last_error.h"
 #include "platform/kernel/port.h"
 #include "platform/kernel/port_name.h"
+#include "platform/kernel/remote_line.h"
+#include "platform/kernel/tcp_connect.h"
 #include "platform/kernel/tty_line.h"
 
 namespace vt63x::kernel {
@@ -68,8 +70,10 @@ HANDLE WINAPI CreateFileA(LPCSTR name, DWORD access, DWORD share_mode,
   const int number = kernel::PortNumber(name);
   if (number == 0) return kernel::FailOpen(ERROR_FILE_NOT_FOUND);
   const char* const variable = std::getenv(kernel::PortVariable(number).c_str());
+  const std::string device = kernel::PortDevice(number, variable);
+  const auto open = kernel::IsRemoteName(device) ? kernel::RemoteLine::Open : kernel::TtyLine::Open;
   std::unique_ptr<kernel::LineSource> line;
-  const DWORD error = kernel::TtyLine::Open(kernel::PortDevice(number, variable), &line);
+  const DWORD error = open(device, &line);
   if (error != ERROR_SUCCESS) return kernel::FailOpen(error);
   const HANDLE handle = kernel::MakePortHandle(std::move(line), flags != 0);
   return handle != nullptr ? handle : kernel::FailOpen(ERROR_NOT_ENOUGH_MEMORY);
