@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -50,9 +51,9 @@ DWORD WINAPI RunWhenAllowed(void* action) {
 }
 
 // Main thread: how often the threads of the last run have been looked for, and whether the next run
-// waits for their end.
+// waits for their end, which may read thread_param until then.
 int reap_attempts = 0;
-bool run_wanted = false;
+std::optional<action_param> run_wanted;
 
 bool NoneSelected(const AppState& state) { return std::strcmp(state.wcf_path, kNone) == 0; }
 
@@ -149,8 +150,7 @@ void ProcessCommandFile(const action_param* action) {
     log_append(action, "Error: Cannot process WCF (not found).", 1);
     return;
   }
-  thread_param = *action;
-  run_wanted = true;
+  run_wanted = *action;
   ReapThreads(action);
 }
 
@@ -170,7 +170,10 @@ void ReapThreadsTimer(const action_param* action) {
     return;
   }
   KillTimer(state.main_wnd, REAP_TIMER);
-  if (std::exchange(run_wanted, false) && runner && processing) StartRun(state);
+  const auto wanted = std::exchange(run_wanted, std::nullopt);
+  if (!wanted || !runner || !processing) return;
+  thread_param = *wanted;
+  StartRun(state);
 }
 
 DWORD WINAPI ShowProcessingDialog(void* parameter) {
