@@ -9,7 +9,7 @@ namespace vt63x {
 
 bool AccessTrace::Open(const std::string& path, std::string& error) {
   // e, where there are commands that run on the line: not for them.
-  file_.reset(std::fopen(path.c_str(), kHasPty ? "we" : "w"));
+  file_.reset(std::fopen(path.c_str(), kHasOwnLines ? "we" : "w"));
   if (!file_) {
     error = path + ": " + std::generic_category().message(errno);
     return false;

@@ -29,9 +29,13 @@ void ControlInput::Take(char character) {
     if (!too_long_) line_ += character;
     return;
   }
-  Reply(too_long_ ? "error: the line is too long\n" : RunFieldCommand(field_, line_));
+  Reply(too_long_ ? "error: the line is too long\n" : Run());
   line_.clear();
   too_long_ = false;
+}
+
+std::string ControlInput::Run() {
+  return IsRingCommand(line_) ? RunRingCommand(ring_, line_) : RunFieldCommand(field_, line_);
 }
 
 // A pipe that is ready takes PIPE_BUF bytes without waiting.

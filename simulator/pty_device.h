@@ -18,47 +18,31 @@
 #include <span>
 #include <string>
 
+#include "simulator/line_device.h"
 #include "simulator/unique_fd.h"
 
 namespace vt63x {
 
-class PtyDevice {
+class PtyDevice final : public LineDevice {
  public:
-  // kReplaced: closed, and another one is there already.
-  enum class Change { kNone, kOpened, kClosed, kReplaced };
-
   // Makes the device, raw and at 9600 bps before anybody can know its path. False and a line for
   // the user in `error` on failure.
   bool Open(std::string& error);
 
-  const std::string& path() const { return path_; }
-
-  // Readable when bytes from the client have come; -1 after HangUp.
-  int master_fd() const { return master_.get(); }
-  // Readable when a client has opened or closed the device; then call TakeChange.
-  int change_fd() const { return watch_.get(); }
-  // What has become of the client since the last call.
-  Change TakeChange();
+  const std::string& path() const override { return path_; }
+  int client_fd() const override { return master_.get(); }
+  int change_fd() const override { return watch_.get(); }
+  Change TakeChange() override;
 
   // True while some program holds the device's advisory lock, as those do that share a serial port
   // with nobody: whoever closed the device then was refused it, and the client is still there.
-  bool IsLocked() const;
-
-  // Throws away the answers in the device that nobody has read.
-  void DropUnreadAnswers();
-  // Lets the next client open the device though the last one wanted it for itself.
-  void EndExclusiveUse();
-
-  // Bit rate that the client has set, bits per second; 0 when the line is switched off.
-  std::uint32_t HostRate() const;
-
-  // Neither waits. Read: how many bytes came, perhaps none. Write: how many went into the client's
-  // buffer; the rest found it full.
-  std::size_t Read(std::span<std::uint8_t> buffer);
-  std::size_t Write(std::span<const std::uint8_t> bytes);
-
-  // Takes the line away: the client's reads and writes fail from now on, and the path is gone.
-  void HangUp();
+  bool IsLocked() const override;
+  void DropUnreadAnswers() override;
+  void EndExclusiveUse() override;
+  std::uint32_t HostRate() const override;
+  std::size_t Read(std::span<std::uint8_t> buffer) override;
+  std::size_t Write(std::span<const std::uint8_t> bytes) override;
+  void HangUp() override;
 
  private:
   UniqueFd master_;

@@ -3,11 +3,12 @@
 namespace vt63x {
 
 PtyServer::PtyServer(const Options& options)
-    : port_(chip_, options.faults), line_(port_, {options.pace}) {
+    : port_(chip_, options.faults), line_(device_, port_, {options.pace}) {
   for (const auto& [address, value] : options.registers) chip_.Preset(address, value);
   for (const AirFault& fault : options.air_faults) chip_.field().faults().Set(fault);
   if (!FillField(chip_.field(), options.cards, error_)) return;
-  if (line_.Open(error_)) thread_ = std::thread([this] { end_ = line_.Serve(); });
+  if (device_.Open(error_) && line_.Open(error_))
+    thread_ = std::thread([this] { end_ = line_.Serve(); });
 }
 
 PtyServer::~PtyServer() { Stop(); }

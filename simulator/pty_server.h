@@ -10,8 +10,9 @@
 #include "simulator/air_faults.h"
 #include "simulator/card_options.h"
 #include "simulator/chip.h"
-#include "simulator/pty_line.h"
+#include "simulator/pty_device.h"
 #include "simulator/serial_port.h"
+#include "simulator/served_line.h"
 
 namespace vt63x {
 
@@ -34,7 +35,7 @@ class PtyServer {
   PtyServer(const PtyServer&) = delete;
   PtyServer& operator=(const PtyServer&) = delete;
 
-  const std::string& path() const { return line_.path(); }
+  const std::string& path() const { return device_.path(); }
   const std::string& error() const { return error_; }
 
   // Accesses carried out so far; from any thread.
@@ -46,16 +47,17 @@ class PtyServer {
 
   // Only after Stop: the serving thread owns them until then.
   Chip& chip() { return chip_; }
-  const PtyLine& line() const { return line_; }
-  PtyLine::End end() const { return end_; }
+  const ServedLine& line() const { return line_; }
+  ServedLine::End end() const { return end_; }
 
  private:
   RealClock clock_;
   Chip chip_{clock_};
   ChipSerialPort port_;
-  PtyLine line_;
+  PtyDevice device_;
+  ServedLine line_;
   std::string error_;
-  PtyLine::End end_ = PtyLine::End::kStopped;
+  ServedLine::End end_ = ServedLine::End::kStopped;
   std::thread thread_;
 };
 

@@ -13,8 +13,10 @@ namespace vt63x {
 namespace {
 
 constexpr const char* kDescription =
-    "Simulates the chip on a pseudo terminal, which any program can open as its serial port, or\n"
-    "with --port at the far end of a null-modem cable. Windows has --port only.\n"
+    "Simulates the chip on a pseudo terminal, which any program can open as its serial port; with\n"
+    "--rfc2217 on the network, as an access server offers a board; with --port at the far end of "
+    "a\n"
+    "null-modem cable. Windows has --port only.\n"
     "Prints the path of the device on one line and serves it until SIGINT, SIGTERM or SIGHUP.\n"
     "With -- COMMAND, prints no path but runs the command with VT63X_COM1 set to it, and serves\n"
     "it until the command ends. The line starts at 9600 bps on either side.";
@@ -46,11 +48,14 @@ Faults in the air: NAME[@FIRST[+COUNT]], counting the answers of cards:
 Commands on standard input, with --control; each is answered with "ok" or "error: ..." on standard
 output:
   card add UID[:TYPE][=FILE]    card remove UID    field list    air FAULT    air none
+and with --rfc2217, for the ring indicator of the line:
+  ring on    ring off    ring pulse MILLISECONDS
 
 Examples:
   vt63x-sim                              print the device path and serve it
   vt63x-sim --link /tmp/reader           the same under a path of your own
   vt63x-sim --port COM5                  serve the chip on this port
+  vt63x-sim --rfc2217 127.0.0.1:4001     serve it as rfc2217://127.0.0.1:4001; port 0 takes any
   vt63x-sim -- wcf dump --port COM1:     run a program against the chip
   vt63x-sim --fault silence@5+1          the fifth access gets no answer
   vt63x-sim --fault delay=600 --pace     every answer 600 ms late, bytes at line speed
@@ -110,11 +115,16 @@ void AddAirFault(const std::string& text, SimOptions& options) {
 
 // What the one line can do and the other cannot.
 void CheckLine(const SimOptions& options, bool has_command) {
+  if (!options.rfc2217.empty() && !options.link.empty()) {
+    throw CLI::ValidationError("--rfc2217", "there is no device that --link could name");
+  }
   if (options.port.empty()) {
-    if (!kHasPty) throw CLI::ValidationError("--port", "which port to serve must be said here");
+    if (!kHasOwnLines)
+      throw CLI::ValidationError("--port", "which port to serve must be said here");
     return;
   }
   const std::pair<bool, const char*> others[] = {{options.pace, "--pace"},
+                                                 {!options.rfc2217.empty(), "--rfc2217"},
                                                  {!options.link.empty(), "--link"},
                                                  {options.control, "--control"},
                                                  {has_command, "a COMMAND"}};
@@ -178,8 +188,14 @@ std::optional<SimOptions> ParseSimOptions(int argc, char** argv, int& exit_code)
               [&](const std::string& text) { AddRegister(text, options); });
   app.add_option("--port", options.port,
                  "serve on this port, a COM name or the path of a device, instead of a\npseudo "
-                 "terminal; without --pace, --link, --control and COMMAND")
+                 "terminal; without --rfc2217, --pace, --link, --control and COMMAND")
       ->type_name("NAME");
+  if (kHasOwnLines) {
+    app.add_option("--rfc2217", options.rfc2217,
+                   "serve on this TCP port by RFC 2217, one client at a time, instead\nof a pseudo "
+                   "terminal")
+        ->type_name("HOST:PORT");
+  }
   app.add_option("--link", options.link, "make a symbolic link to the device while it is there")
       ->type_name("PATH");
   app.add_option("--trace", options.trace,

@@ -21,7 +21,8 @@ struct SimOptions {
   std::vector<CardOption> cards;
   std::vector<AirFault> air_faults;
   bool control = false;
-  std::string port;                  // empty: a pseudo terminal of its own
+  std::string port;                  // empty: a line of its own
+  std::string rfc2217;               // empty: that is a pseudo terminal
   std::string link;                  // empty: none
   std::string trace;                 // empty: none
   std::vector<std::string> command;  // empty: serve until a signal
@@ -29,8 +30,9 @@ struct SimOptions {
 
 inline constexpr int kExitUsage = 2;
 
-// Whether the system has pseudo terminals; the build says so.
-inline constexpr bool kHasPty = VT63X_HAS_PTY != 0;
+// Whether lines of its own, pseudo terminals and access servers, are there for this system; the
+// build says so.
+inline constexpr bool kHasOwnLines = VT63X_HAS_OWN_LINES != 0;
 
 // Prints help or a complaint itself and then gives nothing, with the exit code of the program, 0
 // or kExitUsage, in `exit_code`.

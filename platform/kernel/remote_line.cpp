@@ -199,7 +199,7 @@ DWORD RemoteLine::ModemStatus(DWORD* status) {
 DWORD RemoteLine::Ring(RingState* state) {
   Flush();
   TakeIn();
-  *state = {true, ring_edges_, false};
+  *state = {true, rings_, false};
   return lost_ ? ERROR_DEVICE_NOT_CONNECTED : ERROR_SUCCESS;
 }
 
@@ -239,12 +239,12 @@ void RemoteLine::OnComPort(std::uint8_t command, rfc2217::Bytes value) {
   }
 }
 
-// A pulse between two notices shows as its end alone.
+// A UART counts a ring when it ends, and so does this: a pulse is one. One that fell between two
+// notices shows as its end alone; some servers tell levels only.
 void RemoteLine::TakeModemState(std::uint8_t state) {
-  const bool changed = ((state ^ modem_state_) & rfc2217::kModemRing) != 0;
-  const bool pulse = !changed && (state & rfc2217::kModemRingEnded) != 0;
-  if (changed) ring_edges_ += 1;
-  if (pulse) ring_edges_ += 2;
+  const bool was_on = (modem_state_ & rfc2217::kModemRing) != 0;
+  const bool is_on = (state & rfc2217::kModemRing) != 0;
+  if ((was_on && !is_on) || (state & rfc2217::kModemRingEnded) != 0) ++rings_;
   modem_state_ = state;
 }
 

@@ -80,7 +80,7 @@ class RemoteLine final : public LineSource, private rfc2217::Listener {
   int purges_unconfirmed_ = 0;
   Deadline purge_limit_ = Deadline::Never();
   std::uint8_t modem_state_ = 0;
-  std::uint32_t ring_edges_ = 0;
+  std::uint32_t rings_ = 0;  // that have ended
 };
 
 }  // namespace vt63x::kernel

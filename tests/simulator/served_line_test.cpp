@@ -83,7 +83,7 @@ PtyServer::Options WithFaults(const std::vector<std::string>& texts) {
 }
 
 // Also those that terminals change, echo or take for commands.
-TEST(PtyLine, EveryByteCrossesTheLineUnchanged) {
+TEST(ServedLine, EveryByteCrossesTheLineUnchanged) {
   PtyServer server;
   ASSERT_EQ(server.error(), "");
   Client client(server.path());
@@ -93,10 +93,10 @@ TEST(PtyLine, EveryByteCrossesTheLineUnchanged) {
   }
   server.Stop();
   EXPECT_EQ(server.chip().Read(0x15), 0xFF);
-  EXPECT_EQ(server.end(), PtyLine::End::kStopped);
+  EXPECT_EQ(server.end(), ServedLine::End::kStopped);
 }
 
-TEST(PtyLine, EchoOfASpeedChangeArrivesAtTheOldRateAndTheNextAnswerAtTheNew) {
+TEST(ServedLine, EchoOfASpeedChangeArrivesAtTheOldRateAndTheNextAnswerAtTheNew) {
   PtyServer server;
   Client client(server.path());
   EXPECT_EQ(client.Ask({0x1F, 0x79}, 1), Bytes({0x1F}));
@@ -106,7 +106,7 @@ TEST(PtyLine, EchoOfASpeedChangeArrivesAtTheOldRateAndTheNextAnswerAtTheNew) {
 
 // At 57600 bps a byte with bit 2 clear is the chip's start bit and then idle line: a read of 0x7F.
 // Its answer of 0 is nothing but a long start bit to the host.
-TEST(PtyLine, ClientAtAnotherRateIsMisheardAndHearsNothing) {
+TEST(ServedLine, ClientAtAnotherRateIsMisheardAndHearsNothing) {
   PtyServer server;
   Client client(server.path());
   client.SetRate(B57600);
@@ -117,7 +117,7 @@ TEST(PtyLine, ClientAtAnotherRateIsMisheardAndHearsNothing) {
   EXPECT_EQ(client.Ask({0xB7}, 1), Bytes({0x91}));
 }
 
-TEST(PtyLine, NextClientFindsNothingOfTheLastOne) {
+TEST(ServedLine, NextClientFindsNothingOfTheLastOne) {
   PtyServer server;
   for (int round = 0; round < 50; ++round) {
     {
@@ -131,29 +131,31 @@ TEST(PtyLine, NextClientFindsNothingOfTheLastOne) {
   }
 }
 
-TEST(PtyLine, LateAnswerToAClosedClientIsNotTheNextOnes) {
+TEST(ServedLine, LateAnswerToAClosedClientIsNotTheNextOnes) {
   PtyServer server(WithFaults({"delay=300@1+1"}));
   Client(server.path()).Send({0xB7});
   ASSERT_TRUE(Eventually([&] { return server.reads() == 1; }));
   EXPECT_EQ(Client(server.path()).Ask({0x9F}, 1), Bytes({0xEB}));
 }
 
-TEST(PtyLine, LastBytesOfAClosedClientReachTheChipButAreNotAnswered) {
+TEST(ServedLine, LastBytesOfAClosedClientReachTheChipButAreNotAnswered) {
   Chip chip;
   ChipSerialPort port(chip);
-  PtyLine line(port, {});
   std::string error;
+  PtyDevice device;
+  ASSERT_TRUE(device.Open(error)) << error;
+  ServedLine line(device, port, {});
   ASSERT_TRUE(line.Open(error)) << error;
-  Client(line.path()).Send({0x15, 0x0F, 0xB7});
+  Client(device.path()).Send({0x15, 0x0F, 0xB7});
   line.Stop();
-  EXPECT_EQ(line.Serve(), PtyLine::End::kStopped);
+  EXPECT_EQ(line.Serve(), ServedLine::End::kStopped);
   EXPECT_EQ(chip.Read(0x15), 0x0F);
   EXPECT_EQ(port.reads(), 1u);
-  EXPECT_EQ(Client(line.path()).Waiting(), 0);
+  EXPECT_EQ(Client(device.path()).Waiting(), 0);
 }
 
 // Exclusive use binds everybody but the superuser: a child without privileges plays both clients.
-TEST(PtyLine, ExclusiveUseEndsWithTheClientThatAskedForIt) {
+TEST(ServedLine, ExclusiveUseEndsWithTheClientThatAskedForIt) {
   constexpr uid_t kNobody = 65534;
   PtyServer server;
   const char* const path = server.path().c_str();
@@ -175,7 +177,7 @@ TEST(PtyLine, ExclusiveUseEndsWithTheClientThatAskedForIt) {
   EXPECT_EQ(status, 0);
 }
 
-TEST(PtyLine, BurstOfAccessesIsAnsweredInFull) {
+TEST(ServedLine, BurstOfAccessesIsAnsweredInFull) {
   PtyServer server;
   constexpr std::size_t kReads = 3000;
   EXPECT_EQ(Client(server.path()).Ask(Bytes(kReads, 0xB7), kReads), Bytes(kReads, 0x91));
@@ -184,7 +186,7 @@ TEST(PtyLine, BurstOfAccessesIsAnsweredInFull) {
   EXPECT_EQ(server.line().lost_answers(), 0u);
 }
 
-TEST(PtyLine, ClientThatNeverReadsHoldsNothingUp) {
+TEST(ServedLine, ClientThatNeverReadsHoldsNothingUp) {
   PtyServer server;
   constexpr std::size_t kReads = 400'000;
   {
@@ -200,7 +202,7 @@ TEST(PtyLine, ClientThatNeverReadsHoldsNothingUp) {
   EXPECT_GT(server.line().lost_answers(), 0u);
 }
 
-TEST(PtyLine, FaultsDelaySilenceAndEndTheAccessesTheyName) {
+TEST(ServedLine, FaultsDelaySilenceAndEndTheAccessesTheyName) {
   PtyServer server(WithFaults({"delay=40@1+1", "silence@2+1", "hang-up@4"}));
   Client client(server.path());
   const auto start = Clock::now();
@@ -209,10 +211,10 @@ TEST(PtyLine, FaultsDelaySilenceAndEndTheAccessesTheyName) {
   EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(40));
   EXPECT_EQ(client.Ask({0xB7}, 1), Bytes());
   server.Stop();
-  EXPECT_EQ(server.end(), PtyLine::End::kHungUp);
+  EXPECT_EQ(server.end(), ServedLine::End::kHungUp);
 }
 
-TEST(PtyLine, PacedReadTakesTwoByteTimes) {
+TEST(ServedLine, PacedReadTakesTwoByteTimes) {
   PtyServer::Options options;
   options.pace = true;
   PtyServer server(options);

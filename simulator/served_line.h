@@ -1,7 +1,7 @@
-#ifndef VT63X_SIMULATOR_PTY_LINE_H
-#define VT63X_SIMULATOR_PTY_LINE_H
+#ifndef VT63X_SIMULATOR_SERVED_LINE_H
+#define VT63X_SIMULATOR_SERVED_LINE_H
 
-// A simulated chip on a pseudo terminal: a serial line that any program can open. Bytes cross it
+// A simulated chip on a device that clients open as their serial port. Bytes cross it
 // between the rate that the client has set and the chip's own, changed or lost where the two
 // differ. The client's rate is taken when its bytes are read and when an answer is delivered late.
 //
@@ -20,8 +20,8 @@
 
 #include "simulator/access_observer.h"
 #include "simulator/fixed_queue.h"
+#include "simulator/line_device.h"
 #include "simulator/line_pace.h"
-#include "simulator/pty_device.h"
 #include "simulator/serial_port.h"
 #include "simulator/unique_fd.h"
 
@@ -49,7 +49,7 @@ struct PaceReport {
   std::int64_t most_late = 0;
 };
 
-class PtyLine {
+class ServedLine {
  public:
   struct Options {
     bool pace = false;
@@ -58,13 +58,11 @@ class PtyLine {
   };
   enum class End { kStopped, kHungUp, kFailed };
 
-  // `port` is the caller's and outlives the line.
-  PtyLine(ChipSerialPort& port, const Options& options);
+  // `device`, which is open, and `port` are the caller's and outlive the line.
+  ServedLine(LineDevice& device, ChipSerialPort& port, const Options& options);
 
   // Once, before anything else. False and a line for the user in `error` on failure.
   bool Open(std::string& error);
-  // Of the device to open; constant from Open on.
-  const std::string& path() const { return device_.path(); }
 
   // Serves in the caller's thread until Stop, or until a fault takes the line away, or until the
   // system refuses to wait for it.
@@ -110,9 +108,9 @@ class PtyLine {
   bool RunChip(std::int64_t until);
   void Deliver(std::int64_t now);
 
+  LineDevice& device_;
   ChipSerialPort& port_;
   const Options options_;
-  PtyDevice device_;
   UniqueFd stop_;
   LinePace pace_;
   FixedQueue<IncomingByte, kIncomingSize> incoming_;

@@ -1,4 +1,4 @@
-#include "simulator/serve_pty.h"
+#include "simulator/serve_line.h"
 
 #include <signal.h>
 #include <stdlib.h>
@@ -17,8 +17,10 @@
 
 #include "simulator/child_process.h"
 #include "simulator/control_input.h"
-#include "simulator/pty_line.h"
+#include "simulator/pty_device.h"
+#include "simulator/rfc2217_device.h"
 #include "simulator/serial_port.h"
+#include "simulator/served_line.h"
 #include "simulator/sim_setup.h"
 
 namespace vt63x {
@@ -54,6 +56,23 @@ class DeviceLink {
  private:
   std::filesystem::path path_;
   std::filesystem::path device_;
+};
+
+// The one of the two devices that is asked for.
+class OwnDevice {
+ public:
+  // An empty address: the pseudo terminal.
+  bool Open(const std::string& rfc2217_address, std::string& error) {
+    is_remote_ = !rfc2217_address.empty();
+    return is_remote_ ? remote_.Open(rfc2217_address, error) : pty_.Open(error);
+  }
+  LineDevice& device() { return is_remote_ ? static_cast<LineDevice&>(remote_) : pty_; }
+  RingIndicator* ring() { return is_remote_ ? &remote_ : nullptr; }
+
+ private:
+  bool is_remote_ = false;
+  PtyDevice pty_;
+  Rfc2217Device remote_;
 };
 
 // The signals that the main thread takes one by one. Blocked before any other thread starts.
@@ -94,10 +113,11 @@ int WaitForCommand(const sigset_t& signals, ChildProcess& command) {
   }
 }
 
-void Report(const SimOptions& options, const PtyLine& line, PtyLine::End end, const Field& field) {
+void Report(const SimOptions& options, const ServedLine& line, ServedLine::End end,
+            const Field& field) {
   ReportStoreErrors(field);
-  if (end == PtyLine::End::kHungUp) Complain("the line has hung up");
-  if (end == PtyLine::End::kFailed) Complain("the line could not be served any longer");
+  if (end == ServedLine::End::kHungUp) Complain("the line has hung up");
+  if (end == ServedLine::End::kFailed) Complain("the line could not be served any longer");
   if (line.lost_answers() > 0) {
     Complain(std::to_string(line.lost_answers()) + " bytes found the client's buffer full");
   }
@@ -113,7 +133,7 @@ void Report(const SimOptions& options, const PtyLine& line, PtyLine::End end, co
 }  // namespace
 
 // The main thread waits for signals, a second one serves the line.
-int ServePty(const SimOptions& options) {
+int ServeLine(const SimOptions& options) {
   sigset_t old_mask;
   const sigset_t signals = BlockSignals(old_mask);
   RealClock clock;
@@ -122,23 +142,30 @@ int ServePty(const SimOptions& options) {
   if (!SetUp(options, chip, trace)) return kExitNoDevice;
   std::string error;
   if (options.control) ::signal(SIGPIPE, SIG_IGN);  // who has asked need not stay for the reply
-  ControlInput control(chip.field());
+  OwnDevice own;
+  if (!own.Open(options.rfc2217, error)) {
+    Complain(error);
+    return kExitNoDevice;
+  }
+  LineDevice& device = own.device();
+  ControlInput control(chip.field(), own.ring());
   ChipSerialPort port(chip, options.faults);
-  PtyLine line(port, {options.pace, options.trace.empty() ? nullptr : &trace,
-                      options.control ? &control : nullptr});
+  ServedLine line(device, port,
+                  {options.pace, options.trace.empty() ? nullptr : &trace,
+                   options.control ? &control : nullptr});
   DeviceLink link;
   if (!line.Open(error) ||
-      (!options.link.empty() && !link.Make(options.link, line.path(), error))) {
+      (!options.link.empty() && !link.Make(options.link, device.path(), error))) {
     Complain(error);
     return kExitNoDevice;
   }
 
   ChildProcess command;
   if (options.command.empty()) {
-    std::printf("%s\n", line.path().c_str());
+    std::printf("%s\n", device.path().c_str());
     std::fflush(stdout);
   } else {
-    ::setenv("VT63X_COM1", line.path().c_str(), 1);
+    ::setenv("VT63X_COM1", device.path().c_str(), 1);
     const int code = command.Start(options.command, old_mask, error);
     if (code != 0) {
       Complain(error);
@@ -146,7 +173,7 @@ int ServePty(const SimOptions& options) {
     }
   }
 
-  PtyLine::End end = PtyLine::End::kStopped;
+  ServedLine::End end = ServedLine::End::kStopped;
   std::thread server([&] {
     end = line.Serve();
     ::kill(::getpid(), kLineEnded);
@@ -160,7 +187,7 @@ int ServePty(const SimOptions& options) {
   line.Stop();
   server.join();
   Report(options, line, end, chip.field());
-  if (options.command.empty() && end == PtyLine::End::kFailed) exit_code = kExitNoDevice;
+  if (options.command.empty() && end == ServedLine::End::kFailed) exit_code = kExitNoDevice;
   return exit_code;
 }
 

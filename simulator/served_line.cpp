@@ -1,4 +1,4 @@
-#include "simulator/pty_line.h"
+#include "simulator/served_line.h"
 
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <limits>
 
 #include "simulator/uart.h"
 
@@ -15,7 +14,7 @@ namespace vt63x {
 namespace {
 
 constexpr std::int64_t kSecond = 1'000'000'000;
-constexpr std::int64_t kNever = std::numeric_limits<std::int64_t>::max();
+constexpr std::int64_t kNever = LineDevice::kNever;
 
 std::int64_t Now() {
   timespec time;
@@ -25,19 +24,19 @@ std::int64_t Now() {
 
 }  // namespace
 
-PtyLine::PtyLine(ChipSerialPort& port, const Options& options)
-    : port_(port), options_(options), pace_(options.pace) {}
+ServedLine::ServedLine(LineDevice& device, ChipSerialPort& port, const Options& options)
+    : device_(device), port_(port), options_(options), pace_(options.pace) {}
 
-bool PtyLine::Open(std::string& error) {
+bool ServedLine::Open(std::string& error) {
   stop_.Reset(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC));
   if (!stop_) {
     error = "no event to be had from the system";
     return false;
   }
-  return device_.Open(error);
+  return true;
 }
 
-void PtyLine::Stop() {
+void ServedLine::Stop() {
   const int saved_errno = errno;  // a signal handler must leave it alone
   const std::uint64_t one = 1;
   // Fails only when the event is set already.
@@ -45,20 +44,23 @@ void PtyLine::Stop() {
   errno = saved_errno;
 }
 
-PtyLine::End PtyLine::Serve() {
+ServedLine::End ServedLine::Serve() {
   // The default would let the system wake this thread up to 50 microseconds late, on purpose.
   if (options_.pace) ::prctl(PR_SET_TIMERSLACK, 1UL, 0UL, 0UL, 0UL);
   while (true) {
     Events events;
     if (!Wait(Now(), events)) return End::kFailed;
     if (events.side != 0) options_.side_input->OnReadable();
-    if ((events.client & (POLLERR | POLLHUP)) != 0) return End::kHungUp;
+    if ((events.client & (POLLERR | POLLHUP)) != 0 && !device_.SurvivesError()) return End::kHungUp;
+    if ((events.client & POLLOUT) != 0) device_.SendRest();
     const std::int64_t now = Now();
+    if (device_.due() <= now) device_.OnTime();
     host_rate_fresh_ = false;
     // A last byte and the closing after it may show in either order.
     bool more = events.client != 0 || events.change != 0;
     while (more) more = TakeBytes(now) && events.change != 0;
-    if ((events.change != 0 && !FollowClient()) || !RunChip(now)) {
+    const bool changed = events.change != 0 || device_.HasChange();
+    if ((changed && !FollowClient()) || !RunChip(now)) {
       device_.HangUp();
       return End::kHungUp;
     }
@@ -68,14 +70,15 @@ PtyLine::End PtyLine::Serve() {
 }
 
 // Until something happens or the next planned byte is due. False when the system refuses.
-bool PtyLine::Wait(std::int64_t now, Events& events) {
+bool ServedLine::Wait(std::int64_t now, Events& events) {
   // While the queue is full the client's bytes wait in the device.
-  const short client_events = incoming_.room() > 0 ? POLLIN : 0;
-  pollfd polled[] = {{device_.master_fd(), client_events, 0},
+  short client_events = incoming_.room() > 0 ? POLLIN : 0;
+  if (device_.HasUnsent()) client_events |= POLLOUT;
+  pollfd polled[] = {{device_.client_fd(), client_events, 0},
                      {device_.change_fd(), POLLIN, 0},
                      {stop_.get(), POLLIN, 0},
                      {options_.side_input != nullptr ? options_.side_input->fd() : -1, POLLIN, 0}};
-  std::int64_t due = kNever;
+  std::int64_t due = device_.due();
   if (!incoming_.empty()) due = incoming_.Front().complete_at;
   if (!outgoing_.empty()) due = std::min(due, outgoing_.Front().deliver_at);
   const std::int64_t left = std::max<std::int64_t>(due - now, 0);
@@ -89,13 +92,13 @@ bool PtyLine::Wait(std::int64_t now, Events& events) {
 
 // Keeps the answers to a client that has closed away from the next one. False when the line is to
 // go away.
-bool PtyLine::FollowClient() {
-  const PtyDevice::Change change = device_.TakeChange();
-  if (change == PtyDevice::Change::kNone || change == PtyDevice::Change::kOpened) return true;
+bool ServedLine::FollowClient() {
+  const LineDevice::Change change = device_.TakeChange();
+  if (change == LineDevice::Change::kNone || change == LineDevice::Change::kOpened) return true;
   if (device_.IsLocked()) return true;
   // Whose the bytes taken last are cannot be told when a new client is there already; it waits for
   // its answers.
-  const bool nobody_is_there = change == PtyDevice::Change::kClosed;
+  const bool nobody_is_there = change == LineDevice::Change::kClosed;
   if (nobody_is_there && !RunChip(kNever)) return false;
   outgoing_.Clear();
   device_.DropUnreadAnswers();
@@ -104,7 +107,7 @@ bool PtyLine::FollowClient() {
 }
 
 // What the client has sent, in part. False when there was nothing or there is no room for it.
-bool PtyLine::TakeBytes(std::int64_t now) {
+bool ServedLine::TakeBytes(std::int64_t now) {
   std::uint8_t bytes[256];
   const std::size_t count = device_.Read({bytes, std::min(sizeof bytes, incoming_.room())});
   if (count == 0) return false;
@@ -118,7 +121,7 @@ bool PtyLine::TakeBytes(std::int64_t now) {
 
 // Hands the chip the bytes that have reached it by `until` and plans its answers. False when the
 // line is to go away.
-bool PtyLine::RunChip(std::int64_t until) {
+bool ServedLine::RunChip(std::int64_t until) {
   while (!incoming_.empty() && incoming_.Front().complete_at <= until) {
     const IncomingByte in = incoming_.Front();
     incoming_.Pop();
@@ -137,7 +140,7 @@ bool PtyLine::RunChip(std::int64_t until) {
   return true;
 }
 
-void PtyLine::Deliver(std::int64_t now) {
+void ServedLine::Deliver(std::int64_t now) {
   if (outgoing_.empty() || outgoing_.Front().deliver_at > now) return;
   if (options_.pace) now = Now();
   if (!host_rate_fresh_) host_rate_ = device_.HostRate();
