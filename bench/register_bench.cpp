@@ -15,51 +15,16 @@
 #include <vector>
 
 #include "bench/measure.h"
-#include "frontend/register_control.h"
-#include "serial/port_control.h"
-#include "serial/serial_bus.h"
+#include "bench/register_stack.h"
 #include "simulator/pty_server.h"
 
 namespace {
 
+using vt63x::RegisterStack;
+using vt63x::ThreadSeconds;
+
 constexpr int kRounds = 15;
 constexpr int kAccesses = 4000;
-
-double ThreadSeconds() {
-  timespec time{};
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
-}
-
-// The stack as the program builds it, on COM1:.
-class Stack {
- public:
-  explicit Stack(const std::string& device) {
-    bus_.Init(vt63x::SerialBusOpen);
-    registers_.Init(vt63x::RegisterControlOpen, &bus_);
-    state_.component_ptrs.serial_bus = &bus_;
-    state_.component_ptrs.register_control = &registers_;
-    action_.app_state = &state_;
-    SetEnvironmentVariableA("VT63X_COM1", device.c_str());
-    vt63x::OpenPort(&action_);
-  }
-  ~Stack() { vt63x::ClosePort(&action_); }
-
-  bool Read() {
-    vt63x::getreg_param param{0x37, 0, nullptr};
-    return registers_.GetRegister(&param) == vt63x::HFL_SUCCESS && param.data == 0x91;
-  }
-  bool Write() {
-    vt63x::setreg_param param{0x2B, 0xA6, nullptr};
-    return registers_.SetRegister(&param) == vt63x::HFL_SUCCESS;
-  }
-
- private:
-  vt63x::AppState state_;
-  vt63x::action_param action_{};
-  vt63x::SerialBusWrapper bus_;
-  vt63x::RegisterControlWrapper registers_;
-};
 
 // The simplest thing that could do it. The line's settings are those that the stack left.
 class Raw {
@@ -102,7 +67,7 @@ bool Repeat(const std::string& device, bool (Line::*access)(), int count, Times*
   return done;
 }
 
-bool Compare(const char* what, const std::string& device, bool (Stack::*stack_access)(),
+bool Compare(const char* what, const std::string& device, bool (RegisterStack::*stack_access)(),
              bool (Raw::*raw_access)()) {
   Times stack;
   Times raw;
@@ -118,9 +83,9 @@ bool Compare(const char* what, const std::string& device, bool (Stack::*stack_ac
 }
 
 bool CountedRun(const std::string& mode, int count, const std::string& device) {
-  if (mode == "stack-read") return Repeat(device, &Stack::Read, count, nullptr);
-  if (mode == "stack-write") return Repeat(device, &Stack::Write, count, nullptr);
-  { const Stack sets_the_line_up(device); }
+  if (mode == "stack-read") return Repeat(device, &RegisterStack::Read, count, nullptr);
+  if (mode == "stack-write") return Repeat(device, &RegisterStack::Write, count, nullptr);
+  { const vt63x::RegisterStack sets_the_line_up(device); }
   if (mode == "raw-read") return Repeat(device, &Raw::Read, count, nullptr);
   if (mode == "raw-write") return Repeat(device, &Raw::Write, count, nullptr);
   return false;
@@ -128,8 +93,8 @@ bool CountedRun(const std::string& mode, int count, const std::string& device) {
 
 bool Table(const std::string& device) {
   std::printf("an access           wall: stack       raw  ratio   processor:       raw  ratio\n");
-  return Compare("register read", device, &Stack::Read, &Raw::Read) &&
-         Compare("register write", device, &Stack::Write, &Raw::Write);
+  return Compare("register read", device, &RegisterStack::Read, &Raw::Read) &&
+         Compare("register write", device, &RegisterStack::Write, &Raw::Write);
 }
 
 }  // namespace

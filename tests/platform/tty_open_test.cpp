@@ -37,7 +37,6 @@ TEST(TtyOpen, WhatIsNoSerialLineIsRefusedAndNeverWaitedFor) {
   const std::pair<std::string, DWORD> cases[] = {
       {folder / "missing", ERROR_FILE_NOT_FOUND},
       {file + "/below", ERROR_FILE_NOT_FOUND},
-      {"rfc2217://localhost:1", ERROR_FILE_NOT_FOUND},
       {file, ERROR_INVALID_PARAMETER},
       {fifo, ERROR_INVALID_PARAMETER},
       {folder, ERROR_INVALID_PARAMETER},
