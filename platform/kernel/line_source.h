@@ -8,8 +8,8 @@
 //
 // Threads: the port makes TimedRead, WaitReadable and WaitWritable calls with none of its locks
 // held, so that they may run at the same time as any other function, but not twice at the same
-// time. All other calls come one at a time and must not wait, Configure excepted: a line that is far
-// away may take 2 s to confirm its rate.
+// time. All other calls come one at a time and must not wait, Configure excepted: a line that is
+// far away may take 2 s to confirm its rate.
 
 #include <windows.h>
 

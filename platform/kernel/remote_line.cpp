@@ -64,8 +64,8 @@ DWORD RemoteLine::Negotiate(Deadline deadline) {
   for (const auto& [command, value] : settings) {
     rfc2217::AppendComPort(outgoing_, Code(command), value);
   }
-  // Stale input goes, as when a device is opened. Some servers agree to all of this before they look
-  // whether their port is free, and close then.
+  // Stale input goes, as when a device is opened. Some servers agree to all of this before they
+  // look whether their port is free, and close then.
   PurgeInput();
   TakeInUntil([this] { return !Purging(); }, purge_limit_);
   return lost_ ? ERROR_ACCESS_DENIED : ERROR_SUCCESS;

@@ -148,9 +148,11 @@ TEST(WcfTest, PortsThatCannotBeOpenedAreNamedWithCode3) {
     std::string port;
     const char* words;
   };
-  for (const Case& c : {Case{directory.File("missing"), "there is no such port (error 2)"},
-                        Case{directory.Write("file", "x"), "it is no serial port and no rfc2217://host:port (error 87)"},
-                        Case{"/dev/null", "it is no serial port and no rfc2217://host:port (error 87)"}}) {
+  for (const Case& c :
+       {Case{directory.File("missing"), "there is no such port (error 2)"},
+        Case{directory.Write("file", "x"),
+             "it is no serial port and no rfc2217://host:port (error 87)"},
+        Case{"/dev/null", "it is no serial port and no rfc2217://host:port (error 87)"}}) {
     const ProgramResult result = Wcf({"exec", "GR 37", "--port", c.port});
     EXPECT_EQ(result.exit_code, 3);
     EXPECT_EQ(result.out, "Error opening port - Check and verify (!) settings.\n");
