@@ -38,8 +38,9 @@ constexpr char kExitCodes[] =
     "  130  broken off with Ctrl-C, between two lines (once more: at once)";
 
 constexpr char kPorts[] =
-    "A port is COM1 to COM16 or the device itself (/dev/ttyUSB0). On Linux COMn is the\n"
-    "device that the environment variable VT63X_COMn names, else /dev/ttyS(n-1).";
+    "A port is COM1 to COM16, and on Linux the device itself (/dev/ttyUSB0) or a board behind an\n"
+    "access server (rfc2217://host:port). There COMn is what the environment variable VT63X_COMn\n"
+    "names, else /dev/ttyS(n-1).";
 
 // The field of a simulated chip when nobody says what is in it.
 const std::vector<std::string> kDefaultField = {"5A3C1E78", "04112233445566",
