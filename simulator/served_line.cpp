@@ -14,6 +14,7 @@ namespace vt63x {
 namespace {
 
 constexpr std::int64_t kSecond = 1'000'000'000;
+constexpr std::int64_t kOrphanTime = 200'000'000;  // see Serve
 constexpr std::int64_t kNever = LineDevice::kNever;
 
 std::int64_t Now() {
@@ -64,6 +65,8 @@ ServedLine::End ServedLine::Serve() {
       device_.HangUp();
       return End::kHungUp;
     }
+    // The system may bring a client's last bytes some time after its closing.
+    if (now < orphans_until_) outgoing_.Clear();
     Deliver(now);
     if (events.stop != 0) return End::kStopped;
   }
@@ -94,11 +97,13 @@ bool ServedLine::Wait(std::int64_t now, Events& events) {
 // go away.
 bool ServedLine::FollowClient() {
   const LineDevice::Change change = device_.TakeChange();
+  if (change == LineDevice::Change::kOpened) orphans_until_ = 0;
   if (change == LineDevice::Change::kNone || change == LineDevice::Change::kOpened) return true;
   if (device_.IsLocked()) return true;
   // Whose the bytes taken last are cannot be told when a new client is there already; it waits for
   // its answers.
   const bool nobody_is_there = change == LineDevice::Change::kClosed;
+  orphans_until_ = nobody_is_there ? Now() + kOrphanTime : 0;
   if (nobody_is_there && !RunChip(kNever)) return false;
   outgoing_.Clear();
   device_.DropUnreadAnswers();

@@ -115,7 +115,8 @@ class ServedLine {
   LinePace pace_;
   FixedQueue<IncomingByte, kIncomingSize> incoming_;
   FixedQueue<OutgoingByte, kOutgoingSize> outgoing_;
-  std::uint32_t host_rate_ = 0;  // the client's, when last asked for
+  std::int64_t orphans_until_ = 0;  // until then bytes are of the client that has closed
+  std::uint32_t host_rate_ = 0;     // the client's, when last asked for
   bool host_rate_fresh_ = false;
   PaceReport report_;
   std::uint64_t lost_answers_ = 0;

@@ -1,6 +1,8 @@
 // Ports of other machines, against servers of all kinds: those that do as they should, and those
 // that refuse, say nothing, echo, flood or go away.
 
+#include "platform/kernel/remote_line.h"
+
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
@@ -122,15 +124,14 @@ class Server : private rfc2217::Listener {
   std::thread thread_;
 };
 
-HANDLE OpenRemote(const std::string& name, int number = 7) {
-  const std::string com = "COM" + std::to_string(number);
-  SetEnvironmentVariableA(("VT63X_" + com).c_str(), name.c_str());
+HANDLE OpenRemote(const std::string& name) {
+  SetEnvironmentVariableA(PseudoTerminal::kVariable, name.c_str());
   SetLastError(0);
-  return OpenPort(com.c_str());
+  return OpenPort();
 }
 
-DWORD OpenErrorOf(const std::string& name, int number = 7) {
-  const HANDLE port = OpenRemote(name, number);
+DWORD OpenErrorOf(const std::string& name) {
+  const HANDLE port = OpenRemote(name);
   if (port == INVALID_HANDLE_VALUE) return GetLastError();
   CloseHandle(port);
   return ERROR_SUCCESS;
@@ -246,14 +247,18 @@ TEST(RemoteOpen, ServersThatNeverAgreeEndInTime) {
     queue.push_back(std::move(socket));
   }
   const Stopwatch watch;
-  auto silent_error = std::async([&] { return OpenErrorOf(silent.name(), 8); });
-  auto echo_error = std::async([&] { return OpenErrorOf(echoing.name(), 9); });
-  auto flood_error = std::async([&] { return OpenErrorOf(flooding.name(), 10); });
-  auto full_error = std::async([&] { return OpenErrorOf(full.name(), 11); });
-  EXPECT_EQ(silent_error.get(), ERROR_NOT_SUPPORTED);
-  EXPECT_EQ(echo_error.get(), ERROR_NOT_SUPPORTED);
-  EXPECT_EQ(flood_error.get(), ERROR_NOT_SUPPORTED);
-  EXPECT_EQ(full_error.get(), ERROR_SEM_TIMEOUT);
+  const std::pair<const Listening*, DWORD> cases[] = {{&silent, ERROR_NOT_SUPPORTED},
+                                                      {&echoing, ERROR_NOT_SUPPORTED},
+                                                      {&flooding, ERROR_NOT_SUPPORTED},
+                                                      {&full, ERROR_SEM_TIMEOUT}};
+  std::vector<std::future<DWORD>> errors;
+  for (const auto& [server, error] : cases) {
+    errors.push_back(std::async(std::launch::async, [name = server->name()] {
+      std::unique_ptr<kernel::LineSource> line;
+      return kernel::RemoteLine::Open(name, &line);
+    }));
+  }
+  for (std::size_t i = 0; i < errors.size(); ++i) EXPECT_EQ(errors[i].get(), cases[i].second) << i;
   EXPECT_LT(watch.ms(), 20'000);
   for (std::thread& server : servers) server.join();
 }
