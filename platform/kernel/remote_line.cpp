@@ -1,6 +1,5 @@
 #include "platform/kernel/remote_line.h"
 
-#include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
 
@@ -8,6 +7,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "platform/kernel/poll_until.h"
 #include "platform/kernel/tcp_connect.h"
 #include "platform/kernel/tty_settings.h"
 
@@ -150,16 +150,8 @@ Transfer RemoteLine::Write(const void* data, std::size_t size) {
 }
 
 LineHealth RemoteLine::WaitFor(short events, Deadline deadline) {
-  timespec remaining{};
-  if (!deadline.IsNever()) {
-    const Clock::duration left = deadline.Remaining(Clock::now());
-    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(left);
-    remaining.tv_sec = seconds.count();
-    remaining.tv_nsec =
-        std::chrono::duration_cast<std::chrono::nanoseconds>(left - seconds).count();
-  }
   pollfd waited[] = {{socket_.get(), events, 0}, {wake_.get(), POLLIN, 0}};
-  ppoll(waited, 2, deadline.IsNever() ? nullptr : &remaining, nullptr);
+  PollUntil(waited, deadline);
   // What arrived before the loss is read first, and reading is what finds the loss.
   return lost_ ? LineHealth::kGone : LineHealth::kUp;
 }

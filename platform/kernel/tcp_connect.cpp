@@ -4,7 +4,6 @@
 #include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
-#include <poll.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -13,6 +12,8 @@
 #include <memory>
 #include <mutex>
 #include <thread>
+
+#include "platform/kernel/poll_until.h"
 
 namespace vt63x::kernel {
 namespace {
@@ -71,14 +72,9 @@ DWORD ConnectError(int error_number) {
 
 // How the attempt that goes on in `socket` ends.
 DWORD AwaitConnection(const FileDescriptor& socket, Deadline deadline) {
-  pollfd waited{socket.get(), POLLOUT, 0};
-  while (true) {
-    const auto left =
-        std::chrono::ceil<std::chrono::milliseconds>(deadline.Remaining(Clock::now()));
-    const int ready = poll(&waited, 1, static_cast<int>(left.count()));
-    if (ready == 0) return ERROR_SEM_TIMEOUT;
-    if (ready > 0) break;
-    if (errno != EINTR) return ERROR_GEN_FAILURE;
+  pollfd waited[] = {{socket.get(), POLLOUT, 0}};
+  while (PollUntil(waited, deadline) <= 0) {
+    if (deadline.Passed()) return ERROR_SEM_TIMEOUT;
   }
   int error_number = 0;
   socklen_t size = sizeof error_number;

@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <linux/serial.h>
 #include <linux/tty_flags.h>
-#include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
@@ -13,6 +12,7 @@
 #include <cerrno>
 
 #include "platform/kernel/errno_map.h"
+#include "platform/kernel/poll_until.h"
 #include "platform/kernel/tty_settings.h"
 
 namespace vt63x::kernel {
@@ -165,16 +165,8 @@ Transfer TtyLine::Write(const void* data, std::size_t size) {
 }
 
 LineHealth TtyLine::WaitFor(short events, Deadline deadline) {
-  using std::chrono::duration_cast;
-  timespec remaining{};
-  if (!deadline.IsNever()) {
-    const Clock::duration left = deadline.Remaining(Clock::now());
-    const auto seconds = duration_cast<std::chrono::seconds>(left);
-    remaining.tv_sec = seconds.count();
-    remaining.tv_nsec = duration_cast<std::chrono::nanoseconds>(left - seconds).count();
-  }
   pollfd waited[] = {{io_.get(), events, 0}, {wake_.get(), POLLIN, 0}};
-  const int ready = ppoll(waited, 2, deadline.IsNever() ? nullptr : &remaining, nullptr);
+  const int ready = PollUntil(waited, deadline);
   if (ready <= 0) return LineHealth::kUp;
   const bool gone = (waited[0].revents & (POLLHUP | POLLERR | POLLNVAL)) != 0;
   return gone ? LineHealth::kGone : LineHealth::kUp;
