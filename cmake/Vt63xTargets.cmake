@@ -62,7 +62,7 @@ endfunction()
 # scripts/wine-run starts. The others are quicker together: a start costs most of a second.
 macro(vt63x_register_windows_test target)
   if(ARG_WINDOWS OR "win32" IN_LIST ARG_LABELS)
-    gtest_discover_tests(${target} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+    gtest_discover_tests(${target} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 NO_PRETTY_VALUES
       PROPERTIES ${properties})
   else()
     add_test(NAME ${target} COMMAND ${target})
@@ -90,5 +90,5 @@ function(vt63x_test target)
     target_link_libraries(${target} PRIVATE toolkit_suppressions)
     list(APPEND properties ENVIRONMENT QT_QPA_PLATFORM=offscreen)
   endif()
-  gtest_discover_tests(${target} PROPERTIES ${properties})
+  gtest_discover_tests(${target} NO_PRETTY_VALUES PROPERTIES ${properties})
 endfunction()

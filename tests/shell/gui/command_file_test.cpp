@@ -17,7 +17,7 @@ TEST_F(CommandFileTest, RunsBehindItsDialogAndResumesBehindBrk) {
     Process();
     WaitForLog("//< two");
     EXPECT_EQ(Log().find("//< one"), std::string::npos);
-    EXPECT_EQ(ProgramState()->processing_dlg, nullptr);
+    WaitFor([] { return ProgramState()->processing_dlg == nullptr; }, "the end of the dialog");
   });
 }
 
@@ -27,6 +27,9 @@ TEST_F(CommandFileTest, ShortRunsNeverLeaveTheDialogOpen) {
     Command(IDC_OPEN);
     SelectScript("");
     for (int i = 0; i < 30; ++i) Process();
+    // A run that waits for the end of the one before starts within 100 ms.
+    Sleep(300);
+    WaitForRun();
     EXPECT_EQ(FindWindowA(nullptr, "Processing..."), nullptr);
     EXPECT_NE(IsWindowEnabled(main()), FALSE);
   });
@@ -70,6 +73,7 @@ TEST_F(CommandFileTest, OverrideNameRetargetsAsFarAsItFits) {
     EXPECT_EQ(Text(IDC_COMMAND_FILE), directory_.File("test.bak.wcf"));
     Process();
     WaitForLog("//< other");
+    WaitForRun();
     Command(IDM_CLEAR_LOG);
     SetDlgItemTextA(main(), IDC_OVERRIDE_NAME, std::string(253, 'x').c_str());
     EXPECT_EQ(Text(IDC_COMMAND_FILE), directory_.File("test.bak.wcf"));
