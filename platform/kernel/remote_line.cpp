@@ -106,6 +106,7 @@ void RemoteLine::Flush() {
   const ssize_t count = send(socket_.get(), outgoing_.data(), outgoing_.size(), MSG_NOSIGNAL);
   if (count > 0) outgoing_.erase(0, static_cast<std::size_t>(count));
   if (count < 0 && errno != EAGAIN && errno != EINTR) lost_ = true;
+  has_unsent_ = !outgoing_.empty();
 }
 
 DWORD RemoteLine::Configure(DWORD bit_rate) {
@@ -150,6 +151,8 @@ Transfer RemoteLine::Write(const void* data, std::size_t size) {
 }
 
 LineHealth RemoteLine::WaitFor(short events, Deadline deadline) {
+  // What the socket did not take goes with the next attempt, whatever that is for.
+  if (has_unsent_) events |= POLLOUT;
   pollfd waited[] = {{socket_.get(), events, 0}, {wake_.get(), POLLIN, 0}};
   PollUntil(waited, deadline);
   // What arrived before the loss is read first, and reading is what finds the loss.

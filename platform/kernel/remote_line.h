@@ -70,6 +70,7 @@ class RemoteLine final : public LineSource, private rfc2217::Listener {
   std::vector<std::uint8_t> data_;  // received, from position next_ on
   std::size_t next_ = 0;
   std::atomic<bool> has_data_ = false;  // for the threads that wait
+  std::atomic<bool> has_unsent_ = false;
   std::atomic<bool> lost_ = false;
 
   // What the server has said so far.
