@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // One request, select, authentication and read of a block through the whole stack: how many
 // register accesses and bytes it takes beside the fewest that it could, and its time over a line
 // with paced bytes beside a raw loop that plays the same bytes on the same line.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Python.h asks to be the first header.
 #define PY_SSIZE_T_CLEAN
 #include <Python.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #ifndef VT63X_BENCH_LANGUAGES_H
 #define VT63X_BENCH_LANGUAGES_H
 

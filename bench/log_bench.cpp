@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Log lines a second with the log near empty and near full, beside the simplest thing that could
 // do it: strcat, which walks over the log.
 

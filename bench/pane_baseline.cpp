@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "bench/pane_baseline.h"
 
 #include <QApplication>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Processor time of a logged line through the program's own window, beside the simplest ways to
 // show a growing log with the toolkit's text widget, and how soon the window answers meanwhile.
 // Needs no screen: QT_QPA_PLATFORM=offscreen.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Register reads and writes of the whole stack over a pseudo terminal, beside a raw loop of write,
 // poll and read that moves the same bytes; both against the same simulated chip in the same run.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #ifndef VT63X_BENCH_REGISTER_STACK_H
 #define VT63X_BENCH_REGISTER_STACK_H
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // One register read, a byte there and a byte back, through the whole stack and RFC 2217 over
 // loopback, beside a plain TCP connection that moves the same two bytes; the same simulated chip
 // behind the same server answers both.

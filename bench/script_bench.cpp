@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Command language lines a second, beside the same loop and the same statements in Lua, Python and
 // Tcl, all in this process. One pass of the loop is what INC ML0 and JNE ML0 00 LOOP do.
 

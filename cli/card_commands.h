@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #ifndef VT63X_CLI_CARD_COMMANDS_H
 #define VT63X_CLI_CARD_COMMANDS_H
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "cli/card_options.h"
 
 #include <memory>

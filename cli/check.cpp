@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "cli/check.h"
 
 #include <algorithm>

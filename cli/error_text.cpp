@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "cli/error_text.h"
 
 #include <system_error>

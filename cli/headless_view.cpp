@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "cli/headless_view.h"
 
 #include <cerrno>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #ifndef VT63X_CLI_HEADLESS_VIEW_H
 #define VT63X_CLI_HEADLESS_VIEW_H
 

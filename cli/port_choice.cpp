@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "cli/port_choice.h"
 
 #include <cctype>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "cli/status_text.h"
 
 #include <cstdio>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // wcf: command files and single lines without a window. Options and their help; the work is done
 // by Session.
 

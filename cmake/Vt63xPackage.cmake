@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What is installed, and the packages: a .deb for Linux; an installer and a zip for Windows.
 
 set(CPACK_PACKAGE_NAME vt63x-serial-test)

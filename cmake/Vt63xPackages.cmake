@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The packages that the programs and tests are built from, found for the system or, for another
 # one, in what Debian installs for every system: headers, and the sources of GoogleTest.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Resources of a program (dialogs, menus, icons), compiled from resource scripts. Windows links
 # them; elsewhere they are put into the program in the standard .res format, between two symbols
 # where platform/window finds them.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # One folder, one target. A header is included by its path from the root ("serial/serial_bus.h"),
 # and that path resolves only for the folders that the target is linked with: every folder is
 # staged alone, as a link, below an include root of its own. An include that the dependency table

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "contactless/anticollision.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "contactless/card_memory.h"
 
 #include <algorithm>

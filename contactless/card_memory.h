@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #ifndef VT63X_CONTACTLESS_CARD_MEMORY_H
 #define VT63X_CONTACTLESS_CARD_MEMORY_H
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "contactless/chip_command.h"
 
 #include <algorithm>

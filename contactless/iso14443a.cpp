@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "contactless/iso14443a.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "contactless/operation_control.h"
 
 #include "contactless/register_sequence.h"

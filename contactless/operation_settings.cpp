@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "contactless/operation_settings.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #ifndef VT63X_FRONTEND_WRAPPER_CALL_H
 #define VT63X_FRONTEND_WRAPPER_CALL_H
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "rfc2217/telnet.h"
 
 #include <algorithm>

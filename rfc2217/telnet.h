@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #ifndef VT63X_RFC2217_TELNET_H
 #define VT63X_RFC2217_TELNET_H
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Bit rate, waits, pause, and what a script does with the log.
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "script/command_help.h"
 
 #include <string>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #ifndef VT63X_SCRIPT_COMMAND_HELP_H
 #define VT63X_SCRIPT_COMMAND_HELP_H
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "script/command_history.h"
 
 #include <algorithm>

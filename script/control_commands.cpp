@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Jumps, labels, user registers and text.
 
 #include <cstring>

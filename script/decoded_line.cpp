@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "script/decoded_line.h"
 
 #include <cstring>

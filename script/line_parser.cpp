@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "script/line_parser.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #ifndef VT63X_SCRIPT_LINE_PARSER_H
 #define VT63X_SCRIPT_LINE_PARSER_H
 

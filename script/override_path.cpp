@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Which part of a command file's path the user names.
 
 #include <cstring>

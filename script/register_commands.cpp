@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // SR, GR, MR, RE and RF: one register access each, its status in IOE and one log line; a
 // comparison that fails logs a second.
 

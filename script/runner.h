@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #ifndef VT63X_SCRIPT_RUNNER_H
 #define VT63X_SCRIPT_RUNNER_H
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #ifndef VT63X_SERIAL_PORT_CONTROL_H
 #define VT63X_SERIAL_PORT_CONTROL_H
 

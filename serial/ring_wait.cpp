@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "serial/ring_wait.h"
 
 namespace vt63x {

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #ifndef VT63X_SERIAL_RING_WAIT_H
 #define VT63X_SERIAL_RING_WAIT_H
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "shell/about_dialog.h"
 
 #include "shell/resources/resource.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "shell/command_file.h"
 
 #include <condition_variable>

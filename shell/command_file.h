@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #ifndef VT63X_SHELL_COMMAND_FILE_H
 #define VT63X_SHELL_COMMAND_FILE_H
 

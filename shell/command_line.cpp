@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "shell/command_line.h"
 
 #include <cstring>

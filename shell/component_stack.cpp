@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "shell/component_stack.h"
 
 namespace vt63x {

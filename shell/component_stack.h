@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #ifndef VT63X_SHELL_COMPONENT_STACK_H
 #define VT63X_SHELL_COMPONENT_STACK_H
 

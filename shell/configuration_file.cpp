@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "shell/configuration_file.h"
 
 #include <algorithm>

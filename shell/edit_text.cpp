@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "shell/edit_text.h"
 
 namespace vt63x {

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "shell/file_request.h"
 
 #include <string>

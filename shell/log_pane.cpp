@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "shell/log_pane.h"
 
 #include <cstring>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "shell/main_commands.h"
 
 #include "script/command_help.h"

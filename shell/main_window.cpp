@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "shell/main_window.h"
 
 #include <iterator>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "shell/port_settings_dialog.h"
 
 #include <cstdio>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "shell/programming_interface.h"
 
 #include "contactless/card_memory.h"

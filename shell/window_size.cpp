@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "shell/window_size.h"
 
 #include "shell/resources/resource.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "simulator/access_conditions.h"
 
 namespace vt63x {

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "simulator/access_trace.h"
 
 #include <cerrno>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "simulator/air_faults.h"
 
 #include <algorithm>

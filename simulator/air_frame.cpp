@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "simulator/air_frame.h"
 
 #include "simulator/crc16.h"

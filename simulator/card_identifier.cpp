@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "simulator/card_identifier.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "simulator/child_process.h"
 
 #include <fcntl.h>

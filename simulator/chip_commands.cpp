@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What the chip's commands do.
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "simulator/chip_timer.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #ifndef VT63X_SIMULATOR_CRC16_H
 #define VT63X_SIMULATOR_CRC16_H
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "simulator/line_rate.h"
 
 #include <asm/termbits.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "simulator/pty_device.h"
 
 #include <fcntl.h>

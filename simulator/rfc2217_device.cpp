@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "simulator/rfc2217_device.h"
 
 #include <netdb.h>

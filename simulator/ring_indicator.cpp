@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "simulator/ring_indicator.h"
 
 #include <charconv>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "simulator/serve_line.h"
 
 #include <signal.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #ifndef VT63X_SIMULATOR_SERVED_LINE_H
 #define VT63X_SIMULATOR_SERVED_LINE_H
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "simulator/sim_options.h"
 
 #include <CLI/CLI.hpp>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "simulator/sim_setup.h"
 
 #include <cstdio>

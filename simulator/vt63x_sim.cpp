@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // vt63x-sim: a simulated chip on a serial line.
 
 #include "simulator/serve_line.h"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # 64-bit Windows programs, built on Debian with mingw-w64. The runtime goes into the program, so
 # that it needs no other DLLs than the system's.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #ifndef VT63X_PLATFORM_WINDOWS_H
 #define VT63X_PLATFORM_WINDOWS_H
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include <sched.h>
 #include <time.h>
 #include <windows.h>

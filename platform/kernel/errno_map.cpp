@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/kernel/errno_map.h"
 
 #include <cerrno>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/kernel/event.h"
 
 #include <utility>

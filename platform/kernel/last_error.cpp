@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/kernel/last_error.h"
 
 namespace {

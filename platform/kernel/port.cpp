@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/kernel/port.h"
 
 #include <utility>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The comm functions of the Win32 subset: arguments and handles are checked here, the rest is the
 // port's.
 

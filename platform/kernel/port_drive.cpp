@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // How a pending operation of a port makes progress.
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/kernel/port_name.h"
 
 #include <strings.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/kernel/remote_line.h"
 
 #include <sys/eventfd.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/kernel/tcp_connect.h"
 
 #include <fcntl.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/kernel/timeout_plan.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/kernel/tty_line.h"
 
 #include <fcntl.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include <QCheckBox>
 
 #include "platform/window/control_classes.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/window/control.h"
 
 #include "platform/window/control_classes.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // DialogBoxParamA, CreateDialogParamA, EndDialog and the calls that name a control by its id.
 
 #include <windows.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // GetOpenFileNameA and GetSaveFileNameA.
 
 #include <windows.h>

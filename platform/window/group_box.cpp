@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // A frame with a caption around controls that are its neighbours, not its children. Clicks go
 // through it.
 

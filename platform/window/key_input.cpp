@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/window/key_input.h"
 
 #include <QApplication>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include <QListWidget>
 
 #include "platform/window/control_classes.h"

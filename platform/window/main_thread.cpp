@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/window/main_thread.h"
 
 #include <sys/eventfd.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/window/menu_template.h"
 
 namespace vt63x::ui {

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/window/modal_loop.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Where a program with windows begins: its WinMain, with the arguments as one text.
 
 #include <windows.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Labels, sunken fields of a status line, and icons.
 
 #include <QFrame>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Calls that concern one window: texts, places, states, procedures.
 
 #include <windows.h>

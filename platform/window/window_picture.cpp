@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/window/window_picture.h"
 
 #include <QPixmap>

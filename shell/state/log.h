@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #ifndef VT63X_SHELL_STATE_LOG_H
 #define VT63X_SHELL_STATE_LOG_H
 

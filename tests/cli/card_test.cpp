@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // `wcf card` and `wcf dump` as their users run them.
 
 #include <gtest/gtest.h>

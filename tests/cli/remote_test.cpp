@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Boards behind access servers, as users have them: wcf on one side, and on the other vt63x-sim, or
 // an access server that knows nothing of us; and a client that knows nothing of us.
 

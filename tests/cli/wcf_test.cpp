@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // wcf as its users run it: exit codes, what stands on which output, and the line that goes away.
 
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # same_log_test.sh BIN_DIR WINDOWS_BIN_DIR: the program for Linux and the one for Windows, which runs
 # under Wine, go through the same session: a typed line, a command file, a card read in its
 # reader, the log saved. The logs have to be equal byte for byte, and so have the bytes that went

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Sourced by the end-to-end tests: a screen and a window manager of the test's own, and what its user
 # does with keys, mouse and eyes. The test sets `case`, which its complaints begin with.
 

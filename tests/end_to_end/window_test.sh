@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # window_test.sh BIN_DIR CASE: the program as its user has it: a screen (Xvfb), a window manager, real
 # keys and a real mouse, and a simulated chip with a card on COM1:. What the program did is read
 # from what the user would have: its files, its windows, the bytes on the line.

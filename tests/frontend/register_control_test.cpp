@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "frontend/register_control.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """An independent client of the simulator's RFC 2217 server: pyserial_peer.py URL.
 
 Drives the chip by its own protocol (read: address | 0x80, back comes the value; write: address and

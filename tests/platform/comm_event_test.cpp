@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Waiting for the ring indicator.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/kernel/handle_table.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The rules of pending operations, on a line whose every step the test decides.
 
 #include <gtest/gtest.h>

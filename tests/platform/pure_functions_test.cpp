@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Names, settings, time-outs and error numbers: values in, values out.
 
 #include <gtest/gtest.h>

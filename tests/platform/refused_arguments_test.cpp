@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What is outside the subset fails loudly.
 
 #include <gtest/gtest.h>

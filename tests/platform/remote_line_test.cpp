@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Ports of other machines, against servers of all kinds: those that do as they should, and those
 // that refuse, say nothing, echo, flood or go away.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Opening devices and setting their lines.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Bytes through a real terminal driver.
 
 #include <gtest/gtest.h>

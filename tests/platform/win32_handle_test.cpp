@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Last error, events and what happens with handles that are none.
 
 #include <gtest/gtest.h>

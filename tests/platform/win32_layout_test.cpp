@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Sizes, offsets and values that programs and drivers agree on without a header between them.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Ports by Win32 calls alone, with a chip that answers on COM1: and nothing on COM8:. A chip
 // answers the byte 0xB7 (read register 0x37) with 0x91.
 

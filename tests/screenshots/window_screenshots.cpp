@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // window_screenshots --screenshot DIR: drives the program through its windows, with a chip and a
 // card on COM1:, and leaves a picture of each in DIR. Needs no screen (QT_QPA_PLATFORM=offscreen).
 

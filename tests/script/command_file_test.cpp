@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "script/command_file.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "script/interpreter.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "serial/port_control.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "serial/serial_bus.h"
 
 #include <gtest/gtest.h>

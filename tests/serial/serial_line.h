@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #ifndef VT63X_TESTS_SERIAL_SERIAL_LINE_H
 #define VT63X_TESTS_SERIAL_SERIAL_LINE_H
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "shell/card_reader.h"
 
 #include <gtest/gtest.h>

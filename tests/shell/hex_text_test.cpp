@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "shell/hex_text.h"
 
 #include <gtest/gtest.h>

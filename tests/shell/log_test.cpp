@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "shell/state/log.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "shell/register_dump.h"
 
 #include <gtest/gtest.h>

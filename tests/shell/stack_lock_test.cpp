@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "shell/state/stack_lock.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The files that keep cards' memories.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The chip's registers, its FIFO and its interrupt requests.
 
 #include "simulator/chip.h"

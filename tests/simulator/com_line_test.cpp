@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The chip on a port that is there already; the test holds the far end of the line.
 
 #include "simulator/com_line.h"

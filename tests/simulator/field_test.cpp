@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "simulator/field.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The texts that name faults and cards.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "simulator/simulated_bus.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "simulator/value_block.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Cards in front of the simulated chip, reached as a program would: by bytes on the line.
 
 #include <fcntl.h>

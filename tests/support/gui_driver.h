@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #ifndef VT63X_TESTS_SUPPORT_GUI_DRIVER_H
 #define VT63X_TESTS_SUPPORT_GUI_DRIVER_H
 

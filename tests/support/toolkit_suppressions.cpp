@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // What the sanitizers report of the window toolkit's own libraries, in every test that has windows.
 // The sanitizers call these functions when a program starts.
 

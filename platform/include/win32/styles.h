@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #ifndef VT63X_PLATFORM_WIN32_STYLES_H
 #define VT63X_PLATFORM_WIN32_STYLES_H
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Keys that arrive through the message queue, as pressed ones do.
 
 #include "tests/platform/window/test_dialog.h"

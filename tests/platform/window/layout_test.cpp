@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Sizes, offsets and values of windows and their messages: resource compilers and other programs
 // have them too.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "tests/platform/window/test_dialog.h"
 
 namespace vt63x {

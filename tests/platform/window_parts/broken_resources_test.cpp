@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // Resources that a broken tool or disk left: whatever the bytes, they are read within their bounds
 // and refused or understood.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/window/text_codec.h"
 
 #include <gtest/gtest.h>

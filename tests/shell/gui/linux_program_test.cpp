@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "simulator/pty_server.h"
 #include "tests/shell/gui/program_test.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "tests/shell/gui/program_test.h"
 
 namespace vt63x {

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #ifndef VT63X_TESTS_SUPPORT_CHIP_ON_COM1_H
 #define VT63X_TESTS_SUPPORT_CHIP_ON_COM1_H
 
