@@ -8,6 +8,7 @@
 #include "contactless/command_run.h"
 #include "contactless/register_sequence.h"
 #include "contactless/wait_callback.h"
+#include "frontend/chip_registers.h"
 
 namespace vt63x {
 namespace {
@@ -82,7 +83,7 @@ CommandResult ResolveLevel(Iso14443ACore* self, RegisterSequence& chip, std::uin
                            int known_bits, std::uint8_t* uid, std::uint8_t* collision) {
   for (int pass = 1; known_bits <= kLevelBits; ++pass) {
     const KnownPart known = Divide(known_bits);
-    chip.Write(kTypeABitFraming, FramingOf(known));
+    chip.Write(reg::kBitFraming, FramingOf(known));
     if (!chip.ok()) return {chip.status(), true};
     LevelAnswer answer;
     const CommandResult result = AskForRest(self, select_code, known, uid, &answer);
@@ -108,22 +109,22 @@ HFLSTATUS AnticollisionLoop(Iso14443ACore* self, RegisterControlCore* lower,
                             std::uint8_t select_code, std::uint8_t known_bits, std::uint8_t* uid,
                             std::uint8_t* collision) {
   RegisterSequence chip(lower);
-  chip.ClearBits(kTypeATransmitMode, kTypeACrcOn);
-  chip.ClearBits(kTypeAReceiveMode, kTypeACrcOn);
-  chip.Write(kTypeACollision, 0x00);
+  chip.ClearBits(reg::kTransmitMode, reg::kCrcOn);
+  chip.ClearBits(reg::kReceiveMode, reg::kCrcOn);
+  chip.Write(reg::kCollision, 0x00);
   if (!chip.ok()) return chip.status();
   const CommandResult result = ResolveLevel(self, chip, select_code, known_bits, uid, collision);
   if (result.access_failed) return result.status;
-  chip.Write(kTypeABitFraming, 0x00);
-  chip.Write(kTypeACollision, kTypeACollisionRest);
+  chip.Write(reg::kBitFraming, 0x00);
+  chip.Write(reg::kCollision, reg::kValuesAfterCollision);
   return chip.ok() ? result.status : chip.status();
 }
 
 HFLSTATUS SelectLevel(Iso14443ACore* self, RegisterControlCore* lower, std::uint8_t select_code,
                       const std::uint8_t* uid, std::uint8_t* sak) {
   RegisterSequence chip(lower);
-  chip.SetBits(kTypeATransmitMode, kTypeACrcOn);
-  chip.SetBits(kTypeAReceiveMode, kTypeACrcOn);
+  chip.SetBits(reg::kTransmitMode, reg::kCrcOn);
+  chip.SetBits(reg::kReceiveMode, reg::kCrcOn);
   if (!chip.ok()) return chip.status();
   std::uint8_t frame[7] = {select_code, kNvbSelect, uid[0], uid[1], uid[2], uid[3], CheckByte(uid)};
   single_command_param command = CommandOf(self, kCommandTransceive);

@@ -3,8 +3,7 @@
 #ifndef VT63X_CONTACTLESS_ANTICOLLISION_H
 #define VT63X_CONTACTLESS_ANTICOLLISION_H
 
-// One cascade level of a type A card: anticollision (ISO/IEC 14443-3, clause 6) and select. Also
-// the type A registers that these share with the request.
+// One cascade level of a type A card: anticollision (ISO/IEC 14443-3, clause 6) and select.
 //
 // After a collision the level's known bits grow by every bit that the chip reports as received;
 // the colliding bit stands as the chip delivered it. A level takes at most 32 collisions, each of
@@ -19,13 +18,6 @@
 #include "contactless/iso14443a.h"
 
 namespace vt63x {
-
-inline constexpr std::uint8_t kTypeABitFraming = 0x0D;
-inline constexpr std::uint8_t kTypeACollision = 0x0E;
-inline constexpr std::uint8_t kTypeATransmitMode = 0x12;
-inline constexpr std::uint8_t kTypeAReceiveMode = 0x13;
-inline constexpr std::uint8_t kTypeACrcOn = 0x80;
-inline constexpr std::uint8_t kTypeACollisionRest = 0x80;
 
 // `known_bits` 0 to 32 of the 4 bytes at `uid`. Sets bit 0x01 of `collision` at any collision.
 // Leaves the CRC off. On failure `uid` may hold a part of the answer.

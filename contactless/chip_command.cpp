@@ -7,33 +7,15 @@
 
 #include "contactless/command_run.h"
 #include "contactless/register_sequence.h"
+#include "frontend/chip_registers.h"
 
 namespace vt63x {
 namespace {
 
-constexpr std::uint8_t kCommandRegister = 0x01;
-constexpr std::uint8_t kCommIrqEnable = 0x02;
-constexpr std::uint8_t kDivIrqEnable = 0x03;
-constexpr std::uint8_t kCommIrqRequest = 0x04;
-constexpr std::uint8_t kDivIrqRequest = 0x05;
-constexpr std::uint8_t kErrorRegister = 0x06;
-constexpr std::uint8_t kCoprocessorStatus = 0x07;
-constexpr std::uint8_t kFifoData = 0x09;
-constexpr std::uint8_t kFifoLevel = 0x0A;
-constexpr std::uint8_t kControlRegister = 0x0C;
-constexpr std::uint8_t kBitFraming = 0x0D;
+// Error bits that hide a CRC error.
+constexpr std::uint8_t kAboveCrcError = reg::kProtocolError | reg::kOverflowError;
 
-constexpr std::uint8_t kCommandMask = 0x0F;    // command register: the command code
-constexpr std::uint8_t kTimerIrq = 0x01;       // interrupt requests: the timer ran out
-constexpr std::uint8_t kCrcReady = 0x20;       // coprocessor status
-constexpr std::uint8_t kFlushFifo = 0x80;      // FIFO level register
-constexpr std::uint8_t kLastBitsMask = 0x07;   // control register
-constexpr std::uint8_t kStartSending = 0x80;   // bit framing register
-constexpr std::uint8_t kCrcError = 0x04;       // error register
-constexpr std::uint8_t kAboveCrcError = 0x11;  // error bits that hide a CRC error
-
-// Interrupt bits that each command enables and awaits. Communication interrupts: 0x01 timer,
-// 0x02 error, 0x10 idle, 0x20 receive complete, 0x40 transmit complete.
+// Interrupt bits that each command enables and awaits.
 struct CommandRow {
   std::uint8_t code;
   std::uint8_t commIrqEn;
@@ -59,10 +41,11 @@ struct ErrorRow {
   HFLSTATUS status;
 };
 
-constexpr ErrorRow kErrors[] = {{0x80, HFL_WRITE_ERROR}, {0x01, HFL_PROTOCOL_ERROR},
-                                {0x10, HFL_OVERFLOW},    {0x04, HFL_CRC_ERROR},
-                                {0x40, HFL_TEMPERATURE}, {0x08, HFL_COLLISION},
-                                {0x02, HFL_PARITY_ERROR}};
+constexpr ErrorRow kErrors[] = {
+    {reg::kWriteError, HFL_WRITE_ERROR},       {reg::kProtocolError, HFL_PROTOCOL_ERROR},
+    {reg::kOverflowError, HFL_OVERFLOW},       {reg::kCrcError, HFL_CRC_ERROR},
+    {reg::kTemperatureError, HFL_TEMPERATURE}, {reg::kCollisionError, HFL_COLLISION},
+    {reg::kParityError, HFL_PARITY_ERROR}};
 
 HFLSTATUS StatusOfErrors(std::uint8_t errors) {
   if (errors == 0) return HFL_SUCCESS;
@@ -72,9 +55,9 @@ HFLSTATUS StatusOfErrors(std::uint8_t errors) {
 }
 
 void ClearAndFlush(RegisterSequence& chip, std::uint8_t comm, std::uint8_t div) {
-  chip.Write(kCommIrqRequest, comm);
-  chip.Write(kDivIrqRequest, div);
-  chip.Write(kFifoLevel, kFlushFifo);
+  chip.Write(reg::kCommIrqRequest, comm);
+  chip.Write(reg::kDivIrqRequest, div);
+  chip.Write(reg::kFifoLevel, reg::kFlushFifo);
 }
 
 // The state of one command between its steps.
@@ -95,31 +78,31 @@ class CommandRun {
 
   HFLSTATUS Run(bool has_answer) {
     ClearAndFlush(chip_, waitForComm_, waitForDiv_);
-    chip_.Merge(kCommIrqEnable, 0xFF, commIrqEn_);
-    chip_.Merge(kDivIrqEnable, 0xFF, divIrqEn_);
+    chip_.Merge(reg::kCommIrqEnable, 0xFF, commIrqEn_);
+    chip_.Merge(reg::kDivIrqEnable, 0xFF, divIrqEn_);
     Start();
     if (!chip_.ok()) return HFL_SUCCESS;
     Wait();
     waitForComm_ &= comm_request_;
     waitForDiv_ &= div_request_;
-    if ((comm_request_ & kTimerIrq) != 0) result_ = HFL_NO_ANSWER;
-    chip_.ClearBits(kCommIrqEnable, commIrqEn_);
-    chip_.ClearBits(kDivIrqEnable, divIrqEn_);
+    if ((comm_request_ & reg::kTimerIrq) != 0) result_ = HFL_NO_ANSWER;
+    chip_.ClearBits(reg::kCommIrqEnable, commIrqEn_);
+    chip_.ClearBits(reg::kDivIrqEnable, divIrqEn_);
     if (has_answer && result_ == HFL_SUCCESS && chip_.ok()) FetchAnswer();
     ClearAndFlush(chip_, waitForComm_, waitForDiv_);
-    chip_.Write(kCommIrqRequest, kTimerIrq);
+    chip_.Write(reg::kCommIrqRequest, reg::kTimerIrq);
     return result_;
   }
 
  private:
   void Start() {
     if (param_->send_length > 0) {
-      chip_.WriteAll(kFifoData, param_->send_buffer, param_->send_length);
+      chip_.WriteAll(reg::kFifoData, param_->send_buffer, param_->send_length);
     }
     if (param_->command == kCommandTransceive) {
-      chip_.SetBits(kBitFraming, kStartSending);
+      chip_.SetBits(reg::kBitFraming, reg::kStartSending);
     } else {
-      chip_.Merge(kCommandRegister, static_cast<std::uint8_t>(~kCommandMask), param_->command);
+      chip_.Merge(reg::kCommand, static_cast<std::uint8_t>(~reg::kCommandMask), param_->command);
     }
   }
 
@@ -145,8 +128,8 @@ class CommandRun {
                               param_->wait_cb_context};
     result_ = param_->wait_cb(&event);
     // The callback's status tells more than a failure of one of these.
-    comm_request_ = RegisterSequence(param_->lower).Read(kCommIrqRequest);
-    div_request_ = RegisterSequence(param_->lower).Read(kDivIrqRequest);
+    comm_request_ = RegisterSequence(param_->lower).Read(reg::kCommIrqRequest);
+    div_request_ = RegisterSequence(param_->lower).Read(reg::kDivIrqRequest);
   }
 
   // The clock is read before the registers, so that even a line slower than the limit gets one
@@ -156,8 +139,8 @@ class CommandRun {
     bool last = false;
     do {
       last = now_() >= deadline;
-      comm_request_ = chip_.Read(kCommIrqRequest);
-      div_request_ = chip_.Read(kDivIrqRequest);
+      comm_request_ = chip_.Read(reg::kCommIrqRequest);
+      div_request_ = chip_.Read(reg::kDivIrqRequest);
       if ((waitForComm_ & comm_request_) != 0 || (waitForDiv_ & div_request_) != 0) return;
     } while (chip_.ok() && !last);
     result_ = HFL_NO_ANSWER;
@@ -168,22 +151,22 @@ class CommandRun {
     bool last = false;
     do {
       last = now_() >= deadline;
-      if ((chip_.Read(kCommandRegister) & kCommandMask) == kCommandIdle) return;
-      if ((chip_.Read(kCoprocessorStatus) & kCrcReady) != 0) return;
+      if ((chip_.Read(reg::kCommand) & reg::kCommandMask) == kCommandIdle) return;
+      if ((chip_.Read(reg::kCoprocessorStatus) & reg::kCrcReady) != 0) return;
     } while (chip_.ok() && !last);
   }
 
   void FetchAnswer() {
-    param_->receive_length = chip_.Read(kFifoLevel);
+    param_->receive_length = chip_.Read(reg::kFifoLevel);
     if (!chip_.ok()) return;
-    const std::uint8_t control = chip_.Read(kControlRegister);
+    const std::uint8_t control = chip_.Read(reg::kControl);
     if (!chip_.ok()) return;
-    param_->receive_last_bits = control & kLastBitsMask;
-    const std::uint8_t errors = chip_.Read(kErrorRegister);
+    param_->receive_last_bits = control & reg::kLastBitsMask;
+    const std::uint8_t errors = chip_.Read(reg::kError);
     if (errors != 0) {
       result_ = StatusOfErrors(errors);
       if (IsShortAnswer(errors)) FetchShortAnswer();
-      chip_.Write(kErrorRegister, 0x00);
+      chip_.Write(reg::kError, 0x00);
     }
     if (chip_.ok() && result_ != HFL_SHORT_ANSWER) FetchFifo();
   }
@@ -191,12 +174,12 @@ class CommandRun {
   // A card's acknowledge is 4 bits without CRC, where the receiver expects one.
   bool IsShortAnswer(std::uint8_t errors) const {
     const std::uint16_t bits = param_->receive_last_bits;
-    return (errors & kCrcError) != 0 && (errors & kAboveCrcError) == 0 &&
+    return (errors & reg::kCrcError) != 0 && (errors & kAboveCrcError) == 0 &&
            param_->receive_length == 1 && capacity_ >= 1 && (bits == 4 || bits == 0);
   }
 
   void FetchShortAnswer() {
-    const std::uint8_t byte = chip_.Read(kFifoData);
+    const std::uint8_t byte = chip_.Read(reg::kFifoData);
     if (!chip_.ok()) return;
     param_->receive_buffer[0] = byte;
     if (result_ == HFL_CRC_ERROR) result_ = HFL_SHORT_ANSWER;
@@ -207,7 +190,7 @@ class CommandRun {
       param_->receive_length = capacity_;
       result_ = HFL_BUFFER_SIZE;
     }
-    chip_.ReadAll(kFifoData, param_->receive_buffer, param_->receive_length);
+    chip_.ReadAll(reg::kFifoData, param_->receive_buffer, param_->receive_length);
     if (!chip_.ok()) return;
     if (param_->receive_last_bits != 0 && param_->receive_length != 0) --param_->receive_length;
   }
@@ -235,7 +218,7 @@ CommandResult RunSingleCommand(single_command_param* param, WaitClock now) {
   // A transceive is armed before the FIFO is filled and sends when it is told to.
   const std::uint8_t armed =
       param->command == kCommandTransceive ? kCommandTransceive : kCommandIdle;
-  chip.Merge(kCommandRegister, static_cast<std::uint8_t>(~kCommandMask), armed);
+  chip.Merge(reg::kCommand, static_cast<std::uint8_t>(~reg::kCommandMask), armed);
   HFLSTATUS result = HFL_UNKNOWN_COMMAND;
   if (row == std::end(kCommands)) {
     param->receive_length = 0;

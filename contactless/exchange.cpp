@@ -4,13 +4,12 @@
 
 #include "contactless/register_sequence.h"
 #include "contactless/wait_callback.h"
+#include "frontend/chip_registers.h"
 #include "frontend/wrapper_call.h"
 
 namespace vt63x {
 namespace {
 
-constexpr std::uint8_t kStatusRegister = 0x08;
-constexpr std::uint8_t kCryptoActive = 0x08;
 constexpr std::uint16_t kAuthenticationLength = 12;
 
 bool Ready(const ExchangeCore* self) { return *self->members != 0; }
@@ -56,7 +55,7 @@ HFLSTATUS Authenticate(transmit_param* param) {
   const HFLSTATUS status = ExecuteSingleCommand(&command);
   if (status != HFL_SUCCESS) return status;
   RegisterSequence chip(param->self->lower);
-  const bool encrypts = (chip.Read(kStatusRegister) & kCryptoActive) != 0;
+  const bool encrypts = (chip.Read(reg::kCryptoStatus) & reg::kCryptoActive) != 0;
   if (!chip.ok()) return chip.status();
   return encrypts ? HFL_SUCCESS : HFL_AUTHENTICATION_FAILED;
 }

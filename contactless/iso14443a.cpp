@@ -8,13 +8,12 @@
 #include "contactless/command_run.h"
 #include "contactless/register_sequence.h"
 #include "contactless/wait_callback.h"
+#include "frontend/chip_registers.h"
 #include "frontend/wrapper_call.h"
 
 namespace vt63x {
 namespace {
 
-constexpr std::uint8_t kStatusRegister = 0x08;
-constexpr std::uint8_t kCryptoActive = 0x08;
 constexpr std::uint8_t kShortFrame = 0x07;  // bit framing: 7 bits of the only byte
 
 constexpr int kLevels = 3;
@@ -33,11 +32,11 @@ std::uint8_t SelectCodeOf(const sel_p& param, int level) {
 HFLSTATUS Request(req_p* param) {
   if (!Ready(param->self)) return HFL_NOT_READY;
   RegisterSequence chip(param->self->lower);
-  chip.ClearBits(kStatusRegister, kCryptoActive);
-  chip.Write(kTypeACollision, kTypeACollisionRest);
-  chip.ClearBits(kTypeATransmitMode, kTypeACrcOn);
-  chip.ClearBits(kTypeAReceiveMode, kTypeACrcOn);
-  chip.Write(kTypeABitFraming, kShortFrame);
+  chip.ClearBits(reg::kCryptoStatus, reg::kCryptoActive);
+  chip.Write(reg::kCollision, reg::kValuesAfterCollision);
+  chip.ClearBits(reg::kTransmitMode, reg::kCrcOn);
+  chip.ClearBits(reg::kReceiveMode, reg::kCrcOn);
+  chip.Write(reg::kBitFraming, kShortFrame);
   if (!chip.ok()) return chip.status();
 
   single_command_param command = CommandOf(param->self, kCommandTransceive);
@@ -53,7 +52,7 @@ HFLSTATUS Request(req_p* param) {
     status = HFL_PROTOCOL_ERROR;
   }
   if (result.access_failed) return status;
-  chip.Write(kTypeABitFraming, 0x00);
+  chip.Write(reg::kBitFraming, 0x00);
   return chip.ok() ? status : chip.status();
 }
 

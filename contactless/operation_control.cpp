@@ -4,15 +4,11 @@
 
 #include "contactless/register_sequence.h"
 #include "contactless/wait_callback.h"
+#include "frontend/chip_registers.h"
 #include "frontend/wrapper_call.h"
 
 namespace vt63x {
 namespace {
-
-constexpr std::uint8_t kVersionRegister = 0x37;
-constexpr std::uint8_t kStatusRegister = 0x08;
-constexpr std::uint8_t kCryptoActive = 0x08;
-constexpr std::uint8_t kModulationWidth = 0x24;
 
 constexpr std::uint8_t kTypeAGroup = 1;
 constexpr std::uint8_t kCrcGroup = 7;
@@ -40,7 +36,7 @@ HFLSTATUS LearnVersion(OperationControlCore* self) {
   operation_control_members* const members = self->members;
   if (members->version != kVersionUnknown) return HFL_SUCCESS;
   RegisterSequence chip(self->lower);
-  const std::uint8_t version = chip.Read(kVersionRegister);
+  const std::uint8_t version = chip.Read(reg::kVersion);
   if (!chip.ok()) return chip.status();
   members->version = version;
   members->default_table = TypeADefaults(version);
@@ -95,7 +91,7 @@ void Carry(const RegisterAction& action, std::uint8_t value, RegisterSequence& c
 }
 
 void SetModulation(const opp& param, RegisterSequence& chip) {
-  chip.Write(kModulationWidth, param.param_a == 1 ? 0x15 : 0x26);
+  chip.Write(reg::kModulationWidth, param.param_a == 1 ? 0x15 : 0x26);
   if (param.param_a == 1) return;
   for (const DefaultRow* row = param.self->members->default_table; row->address != kEndOfDefaults;
        ++row) {
@@ -120,7 +116,7 @@ HFLSTATUS SetAttribute(opp* param) {
   const HFLSTATUS version_status = LearnVersion(param->self);
   if (version_status != HFL_SUCCESS) return version_status;
   RegisterSequence chip(param->self->lower);
-  if (param->group == kTypeAGroup) chip.ClearBits(kStatusRegister, kCryptoActive);
+  if (param->group == kTypeAGroup) chip.ClearBits(reg::kCryptoStatus, reg::kCryptoActive);
   if (!chip.ok()) return chip.status();
   const Setting* const setting = FindSetting(param->group, param->attribute);
   if (setting == nullptr) return StatusWithoutSetting(param->group, param->attribute);

@@ -5,50 +5,60 @@
 #include <algorithm>
 #include <iterator>
 
+#include "frontend/chip_registers.h"
+
 namespace vt63x {
 namespace {
 
 constexpr ByteRange kAny{0x00, 0xFF};
 constexpr ByteRange kOnOff{0, 1};
 
-// Transmit and receive: CRC on, the speed in bits 4 to 6, bit 0x08 stays.
+// The bits that stay when those of `changed` are replaced.
+constexpr std::uint8_t Keep(std::uint8_t changed) { return static_cast<std::uint8_t>(~changed); }
+
+// Transmit and receive: CRC on, the speed in bits 4 to 6, the others 0 but for bit 0x08, which
+// stays.
 constexpr RegisterAction kTypeASpeeds[] = {
-    {AttributeAccess::kMerge, 0x12, 0x08, 0x80, AttributeSource::kParamA, 4},
-    {AttributeAccess::kMerge, 0x13, 0x08, 0x80, AttributeSource::kParamB, 4}};
+    {AttributeAccess::kMerge, reg::kTransmitMode, 0x08, reg::kCrcOn, AttributeSource::kParamA, 4},
+    {AttributeAccess::kMerge, reg::kReceiveMode, 0x08, reg::kCrcOn, AttributeSource::kParamB, 4}};
 constexpr RegisterAction kSerialSpeed[] = {
-    {AttributeAccess::kWrite, 0x1F, 0, 0, AttributeSource::kSpeedCode, 0}};
+    {AttributeAccess::kWrite, reg::kSerialSpeed, 0, 0, AttributeSource::kSpeedCode, 0}};
 constexpr RegisterAction kRouting[] = {
     {AttributeAccess::kMerge, 0x16, 0xC0, 0x0D, AttributeSource::kNone, 0},
     {AttributeAccess::kMerge, 0x17, 0x3F, 0x40, AttributeSource::kNone, 0},
     {AttributeAccess::kWrite, 0x31, 0, 0x18, AttributeSource::kNone, 0},
-    {AttributeAccess::kSwitch, 0x13, 0x04, 0, AttributeSource::kNone, 0}};
+    {AttributeAccess::kSwitch, reg::kReceiveMode, 0x04, 0, AttributeSource::kNone, 0}};
 
-// Timer mode register 0x2A: 0x80 automatic start, 0x60 gating, 0x10 automatic restart, 0x0F
-// prescaler bits 8 to 11. Prescaler low 0x2B, reload high 0x2C and low 0x2D.
 constexpr RegisterAction kTimerSetUp[] = {
-    {AttributeAccess::kSwitch, 0x2A, 0x80, 0, AttributeSource::kParamA, 0},
-    {AttributeAccess::kSwitch, 0x2A, 0x10, 0, AttributeSource::kParamB, 0},
-    {AttributeAccess::kWrite, 0x2B, 0, 0, AttributeSource::kBuffer0, 0},
-    {AttributeAccess::kMerge, 0x2A, 0xF0, 0, AttributeSource::kBuffer1, 0},
-    {AttributeAccess::kWrite, 0x2D, 0, 0, AttributeSource::kBuffer2, 0},
-    {AttributeAccess::kWrite, 0x2C, 0, 0, AttributeSource::kBuffer3, 0}};
-constexpr RegisterAction kTimerStart[] = {
-    {AttributeAccess::kSwitch, 0x2A, 0x80, 0, AttributeSource::kParamA, 0}};
-constexpr RegisterAction kTimerRestart[] = {
-    {AttributeAccess::kSwitch, 0x2A, 0x10, 0, AttributeSource::kParamA, 0}};
-constexpr RegisterAction kTimerGating[] = {
-    {AttributeAccess::kMerge, 0x2A, 0x9F, 0, AttributeSource::kParamA, 5}};
+    {AttributeAccess::kSwitch, reg::kTimerMode, reg::kTimerAutomaticStart, 0,
+     AttributeSource::kParamA, 0},
+    {AttributeAccess::kSwitch, reg::kTimerMode, reg::kTimerRestart, 0, AttributeSource::kParamB, 0},
+    {AttributeAccess::kWrite, reg::kPrescalerLow, 0, 0, AttributeSource::kBuffer0, 0},
+    {AttributeAccess::kMerge, reg::kTimerMode, Keep(reg::kPrescalerHighMask), 0,
+     AttributeSource::kBuffer1, 0},
+    {AttributeAccess::kWrite, reg::kReloadLow, 0, 0, AttributeSource::kBuffer2, 0},
+    {AttributeAccess::kWrite, reg::kReloadHigh, 0, 0, AttributeSource::kBuffer3, 0}};
+constexpr RegisterAction kTimerStart[] = {{AttributeAccess::kSwitch, reg::kTimerMode,
+                                           reg::kTimerAutomaticStart, 0, AttributeSource::kParamA,
+                                           0}};
+constexpr RegisterAction kTimerRestart[] = {{AttributeAccess::kSwitch, reg::kTimerMode,
+                                             reg::kTimerRestart, 0, AttributeSource::kParamA, 0}};
+constexpr RegisterAction kTimerGating[] = {{AttributeAccess::kMerge, reg::kTimerMode,
+                                            Keep(reg::kTimerGatingMask), 0,
+                                            AttributeSource::kParamA, 5}};
 constexpr RegisterAction kTimerPrescaler[] = {
-    {AttributeAccess::kWrite, 0x2B, 0, 0, AttributeSource::kParamA, 0},
-    {AttributeAccess::kMerge, 0x2A, 0xF0, 0, AttributeSource::kParamB, 0}};
+    {AttributeAccess::kWrite, reg::kPrescalerLow, 0, 0, AttributeSource::kParamA, 0},
+    {AttributeAccess::kMerge, reg::kTimerMode, Keep(reg::kPrescalerHighMask), 0,
+     AttributeSource::kParamB, 0}};
 constexpr RegisterAction kTimerReload[] = {
-    {AttributeAccess::kWrite, 0x2D, 0, 0, AttributeSource::kParamA, 0},
-    {AttributeAccess::kWrite, 0x2C, 0, 0, AttributeSource::kParamB, 0}};
+    {AttributeAccess::kWrite, reg::kReloadLow, 0, 0, AttributeSource::kParamA, 0},
+    {AttributeAccess::kWrite, reg::kReloadHigh, 0, 0, AttributeSource::kParamB, 0}};
 
-constexpr RegisterAction kCrcPreset[] = {
-    {AttributeAccess::kMerge, 0x11, 0xFC, 0, AttributeSource::kParamA, 0}};
+constexpr RegisterAction kCrcPreset[] = {{AttributeAccess::kMerge, reg::kMode,
+                                          Keep(reg::kCrcPresetMask), 0, AttributeSource::kParamA,
+                                          0}};
 constexpr RegisterAction kCrcBitOrder[] = {
-    {AttributeAccess::kSwitch, 0x11, 0x80, 0, AttributeSource::kParamA, 0}};
+    {AttributeAccess::kSwitch, reg::kMode, reg::kCrcHighestFirst, 0, AttributeSource::kParamA, 0}};
 
 constexpr Setting kSettings[] = {
     {1, 3, kOnOff, kOnOff, false, kTypeASpeeds, Sequel::kTypeAModulation},
@@ -66,9 +76,9 @@ constexpr Setting kSettings[] = {
 };
 
 constexpr Reading kReadings[] = {
-    {0, 0, kNoRegister, 0x37},  // version
-    {6, 6, 0x2E, 0x2F},         // timer counter
-    {7, 1, 0x21, 0x22},         // CRC result
+    {0, 0, kNoRegister, reg::kVersion},
+    {6, 6, reg::kCounterHigh, reg::kCounterLow},
+    {7, 1, reg::kCrcHigh, reg::kCrcLow},
 };
 
 struct Attribute {
@@ -86,11 +96,13 @@ constexpr std::uint8_t kSpeedCodes[] = {0xEB, 0xCB, 0xAB, 0x9A, 0x79, 0x5A, 0x3A
 static_assert(std::size(kSpeedCodes) == kHighestSpeedIndex + 1);
 
 constexpr DefaultRow kDefaultsVersion0[] = {
-    {0x15, 0xFF, 0x40}, {0x18, 0x00, 0x55}, {0x24, 0x00, 0x26},    {0x19, 0x00, 0x4D},
-    {0x26, 0x00, 0x59}, {0x27, 0x00, 0xF4}, {kEndOfDefaults, 0, 0}};
-constexpr DefaultRow kDefaults[] = {{0x15, 0xFF, 0x40}, {0x18, 0x00, 0x55}, {0x24, 0x00, 0x26},
-                                    {0x19, 0x00, 0x4D}, {0x26, 0x00, 0x59}, {0x27, 0x00, 0xF4},
-                                    {0x28, 0x00, 0x3F}, {0x29, 0x00, 0x11}, {kEndOfDefaults, 0, 0}};
+    {0x15, 0xFF, 0x40},    {0x18, 0x00, 0x55}, {reg::kModulationWidth, 0x00, 0x26},
+    {0x19, 0x00, 0x4D},    {0x26, 0x00, 0x59}, {0x27, 0x00, 0xF4},
+    {kEndOfDefaults, 0, 0}};
+constexpr DefaultRow kDefaults[] = {
+    {0x15, 0xFF, 0x40}, {0x18, 0x00, 0x55}, {reg::kModulationWidth, 0x00, 0x26},
+    {0x19, 0x00, 0x4D}, {0x26, 0x00, 0x59}, {0x27, 0x00, 0xF4},
+    {0x28, 0x00, 0x3F}, {0x29, 0x00, 0x11}, {kEndOfDefaults, 0, 0}};
 
 template <typename Row, std::size_t n>
 const Row* Find(const Row (&rows)[n], std::uint8_t group, std::uint8_t attribute) {

@@ -4,6 +4,7 @@
 
 #include <cstdio>
 
+#include "frontend/chip_registers.h"
 #include "frontend/register_control.h"
 #include "serial/serial_bus.h"
 #include "shell/state/log.h"
@@ -11,8 +12,6 @@
 namespace vt63x {
 namespace {
 
-constexpr std::uint8_t kSerialSpeedRegister = 0x1F;
-constexpr std::uint8_t kSpeed115200 = 0x79;
 constexpr DWORD kReadTimeoutMs = 500;
 
 // Index into baudrate_texts of the two rates that the window can show.
@@ -132,7 +131,7 @@ DWORD SetHostBaud115200(const action_param* action) {
 
 void SwitchAllTo115k(const action_param* action) {
   AppState& state = *action->app_state;
-  setreg_param param{kSerialSpeedRegister, kSpeed115200, nullptr};
+  setreg_param param{reg::kSerialSpeed, reg::kSpeed115200, nullptr};
   HFLSTATUS status = HFL_SUCCESS;
   {
     // One sequence: an access between the two switches would find chip and host apart.

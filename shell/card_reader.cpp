@@ -7,8 +7,10 @@
 #include <cstring>
 
 #include "contactless/card_memory.h"
+#include "contactless/chip_command.h"
 #include "contactless/iso14443a.h"
 #include "contactless/operation_control.h"
+#include "frontend/chip_registers.h"
 #include "frontend/register_control.h"
 #include "serial/port_control.h"
 #include "shell/hex_text.h"
@@ -23,9 +25,16 @@ constexpr std::uint8_t kActivationReload = 0x03;
 constexpr std::uint8_t kReadReload = 0x32;
 constexpr std::uint8_t kWriteReload = 0x64;
 
+// Groups and attributes of OperationControl.
+constexpr std::uint8_t kTypeAGroup = 1;
+constexpr std::uint8_t kTypeASpeeds = 3;
 constexpr std::uint8_t kTimerGroup = 6;
 constexpr std::uint8_t kTimerFullSetUp = 0;
+constexpr std::uint8_t kTimerAutomaticStart = 1;
+constexpr std::uint8_t kTimerPrescaler = 4;
 constexpr std::uint8_t kTimerReload = 5;
+
+constexpr std::uint8_t kAntennaOff = 0x80;
 
 constexpr std::uint8_t kSelectLevel1 = 0x93;
 
@@ -86,25 +95,43 @@ HFLSTATUS ModifyRegister(const action_param* action, std::uint8_t address, std::
   });
 }
 
-// Type A set-up of a chip that has just been reset: antenna, speeds, timer, receiver.
-using SetUpStep = HFLSTATUS (*)(const action_param*);
-constexpr SetUpStep kSetUpSteps[] = {
-    [](const action_param* a) { return SetRegister(a, 0x14, 0x80); },
-    [](const action_param* a) {
-      return SetAttribute(a, {1, 3, 0, 0, nullptr, nullptr});
-    },
-    [](const action_param* a) { return ModifyRegister(a, 0x14, 0x03, 1); },
-    [](const action_param* a) {
-      return SetAttribute(a, {6, 1, 1, 0, nullptr, nullptr});
-    },
-    [](const action_param* a) {
-      return SetAttribute(a, {6, 4, 0xA6, 0x02, nullptr, nullptr});
-    },
-    [](const action_param* a) {
-      return SetAttribute(a, {6, 5, 0xE8, 0x03, nullptr, nullptr});
-    },
-    [](const action_param* a) { return ModifyRegister(a, 0x01, 0x20, 0); },
+// One step of the set-up: a setting of the chip, or a register.
+struct SetUpStep {
+  enum class Kind : std::uint8_t { kWrite, kSetBits, kClearBits, kAttribute };
+  Kind kind;
+  std::uint8_t first;   // register, or group of the setting
+  std::uint8_t second;  // value or bits, or attribute
+  std::uint8_t param_a = 0;
+  std::uint8_t param_b = 0;
 };
+
+// Type A set-up of a chip that has just been reset: antenna, speeds, timer, receiver. The timer
+// then runs 100 ms.
+using Kind = SetUpStep::Kind;
+constexpr SetUpStep kSetUpSteps[] = {
+    {Kind::kWrite, reg::kAntenna, kAntennaOff},
+    {Kind::kAttribute, kTypeAGroup, kTypeASpeeds, 0, 0},
+    {Kind::kSetBits, reg::kAntenna, reg::kAntennaOn},
+    {Kind::kAttribute, kTimerGroup, kTimerAutomaticStart, 1, 0},
+    {Kind::kAttribute, kTimerGroup, kTimerPrescaler, 0xA6, 0x02},
+    {Kind::kAttribute, kTimerGroup, kTimerReload, 0xE8, 0x03},
+    {Kind::kClearBits, reg::kCommand, reg::kReceiverOff},
+};
+
+HFLSTATUS Carry(const action_param* action, const SetUpStep& step) {
+  switch (step.kind) {
+    case Kind::kWrite:
+      return SetRegister(action, step.first, step.second);
+    case Kind::kSetBits:
+      return ModifyRegister(action, step.first, step.second, 1);
+    case Kind::kClearBits:
+      return ModifyRegister(action, step.first, step.second, 0);
+    case Kind::kAttribute:
+      return SetAttribute(action,
+                          {step.first, step.second, step.param_a, step.param_b, nullptr, nullptr});
+  }
+  return HFL_INVALID_PARAMETER;
+}
 
 }  // namespace
 
@@ -124,16 +151,14 @@ CardReader::CardReader(const action_param* action, Output output)
     : action_(action), output_(std::move(output)) {}
 
 HFLSTATUS CardReader::SetUp() {
-  constexpr std::uint8_t kCommandRegister = 0x01;
-  constexpr std::uint8_t kSoftReset = 0x0F;
-  SetRegister(action_, kCommandRegister, kSoftReset);
+  SetRegister(action_, reg::kCommand, kCommandSoftReset);
   if (action_->app_state->baudrate_index != 0) {
     SetHostBaud9600(action_);
     SwitchAllTo115k(action_);
   }
   HFLSTATUS first = HFL_SUCCESS;
-  for (const SetUpStep step : kSetUpSteps) {
-    const HFLSTATUS status = step(action_);
+  for (const SetUpStep& step : kSetUpSteps) {
+    const HFLSTATUS status = Carry(action_, step);
     if (status == HFL_SUCCESS) continue;
     output_.set_up_failed(status);
     if (first == HFL_SUCCESS) first = status;

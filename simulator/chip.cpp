@@ -2,7 +2,13 @@
 
 #include "simulator/chip.h"
 
+#include "simulator/chip_registers.h"
+#include "simulator/serial_speed.h"
+
 namespace vt63x {
+
+using namespace simulated;
+
 namespace {
 
 // On the serial line, start and stop bits included; the answer counts.
@@ -62,6 +68,8 @@ void Chip::Write(std::uint8_t address, std::uint8_t value) {
   (this->*kBehaviours[address].write)(address, value);
   UpdateAlerts();
 }
+
+std::uint32_t Chip::SerialRate() const { return BitRateOf(registers_[kSerialSpeedRegister]); }
 
 void Chip::Preset(std::uint8_t address, std::uint8_t value) {
   if (address >= kRegisterCount) return;

@@ -46,10 +46,8 @@
 
 #include "simulator/chip_clock.h"
 #include "simulator/chip_fifo.h"
-#include "simulator/chip_registers.h"
 #include "simulator/chip_timer.h"
 #include "simulator/field.h"
-#include "simulator/serial_speed.h"
 
 namespace vt63x {
 
@@ -77,7 +75,7 @@ class Chip {
   void Preset(std::uint8_t address, std::uint8_t value);
 
   // Bit rate of the serial interface as the registers stand, in bits per second.
-  std::uint32_t SerialRate() const { return BitRateOf(registers_[kSerialSpeedRegister]); }
+  std::uint32_t SerialRate() const;
 
   Field& field() { return field_; }
   const Field& field() const { return field_; }

@@ -9,9 +9,13 @@
 #include <vector>
 
 #include "simulator/chip.h"
+#include "simulator/chip_registers.h"
 #include "simulator/crc16.h"
 
 namespace vt63x {
+
+using namespace simulated;
+
 namespace {
 
 // By the low bits of the mode register.

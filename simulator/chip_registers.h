@@ -3,11 +3,12 @@
 #ifndef VT63X_SIMULATOR_CHIP_REGISTERS_H
 #define VT63X_SIMULATOR_CHIP_REGISTERS_H
 
-// Addresses and bits of the registers that the simulated chip does something with.
+// Addresses and bits of the registers that the simulated chip does something with. The list is the
+// simulator's own, in a namespace of its own: nothing of it comes from the stack that it checks.
 
 #include <cstdint>
 
-namespace vt63x {
+namespace vt63x::simulated {
 
 inline constexpr std::uint8_t kCommandRegister = 0x01;
 inline constexpr std::uint8_t kCommandMask = 0x0F;
@@ -75,6 +76,8 @@ inline constexpr std::uint8_t kSpeedMask = 0x70;  // 0: 106 kbit/s, the only spe
 inline constexpr std::uint8_t kAntennaRegister = 0x14;
 inline constexpr std::uint8_t kAntennaOn = 0x03;  // either bit
 
+inline constexpr std::uint8_t kSerialSpeedRegister = 0x1F;
+
 inline constexpr std::uint8_t kCrcHighRegister = 0x21;
 inline constexpr std::uint8_t kCrcLowRegister = 0x22;
 inline constexpr std::uint8_t kTimerModeRegister = 0x2A;
@@ -88,6 +91,6 @@ inline constexpr std::uint8_t kCounterHighRegister = 0x2E;
 inline constexpr std::uint8_t kCounterLowRegister = 0x2F;
 inline constexpr std::uint8_t kVersionRegister = 0x37;
 
-}  // namespace vt63x
+}  // namespace vt63x::simulated
 
 #endif

@@ -15,7 +15,6 @@
 
 namespace vt63x {
 
-inline constexpr std::uint8_t kSerialSpeedRegister = 0x1F;
 inline constexpr std::uint8_t kSerialSpeedAtPowerUp = 0xEB;  // 9600 bps, nominally
 
 // Rounded to the nearest integer; never 0.

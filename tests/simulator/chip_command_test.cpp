@@ -8,6 +8,7 @@
 #include <random>
 #include <string>
 
+#include "simulator/serial_speed.h"
 #include "test_reader.h"
 
 namespace vt63x {

@@ -8,6 +8,8 @@
 
 #include <vector>
 
+#include "simulator/serial_speed.h"
+
 namespace vt63x {
 namespace {
 
