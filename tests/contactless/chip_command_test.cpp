@@ -42,7 +42,7 @@ TEST(ChipCommandTest, TransceiveOfOneByteMakesExactlyTheseAccesses) {
   bench.chip.registers[0x02] = 0x80;
   bench.chip.registers[0x03] = 0x10;
   bench.chip.quiet_passes = 1;
-  bench.chip.answers = {{0x64, 2, 0, 0, {0x04, 0x00}}};
+  bench.chip.Answer("0400@64");
   EXPECT_EQ(bench.Run(), HFL_SUCCESS);
   EXPECT_EQ(bench.chip.trace,
             "G01 S01=AC S04=21 S05=00 S0A=80 G02 S02=A3 G03 S03=10 W09=26 M0D+80 "
@@ -58,28 +58,28 @@ TEST(ChipCommandTest, EveryCommandEnablesAndAwaitsItsOwnBits) {
   struct Case {
     std::uint8_t code;
     Bytes send;
-    std::uint8_t request;
-    const char* trace;
+    const char* answer;
+    std::string trace;
   };
   const Case cases[] = {
       {0x04,
        {0x11},
-       0x40,
+       ".@40",
        "G01 S01=30 S04=40 S05=00 S0A=80 G02 S02=41 G03 S03=00 W09=11 G01 S01=34 "
        "G04 G05 M02-41 M03-00 S04=40 S05=00 S0A=80 S04=01"},
       {0x08,
        {},
-       0x20,
+       ".@20",
        "G01 S01=30 S04=21 S05=00 S0A=80 G02 S02=23 G03 S03=00 G01 S01=38 "
        "G04 G05 M02-23 M03-00 G0A G0C G06 R09*0 S04=20 S05=00 S0A=80 S04=01"},
       {0x0C,
        {},
-       0x30,
+       ".@30",
        "G01 S01=3C S04=21 S05=00 S0A=80 G02 S02=23 G03 S03=00 M0D+80 "
        "G04 G05 M02-23 M03-00 G0A G0C G06 R09*0 S04=20 S05=00 S0A=80 S04=01"},
       {0x0E,
        {0x60},
-       0x10,
+       ".@10",
        "G01 S01=30 S04=11 S05=00 S0A=80 G02 S02=13 G03 S03=00 W09=60 G01 S01=3E "
        "G04 G05 M02-13 M03-00 S04=10 S05=00 S0A=80 S04=01"},
   };
@@ -87,7 +87,7 @@ TEST(ChipCommandTest, EveryCommandEnablesAndAwaitsItsOwnBits) {
     Bench bench(c.code, c.send, 0);
     bench.param.clear_switch = 0;
     bench.chip.registers[0x01] = 0x3C;
-    bench.chip.answers = {{c.request, 0, 0, 0, {}}};
+    bench.chip.Answer(c.answer);
     EXPECT_EQ(bench.Run(), HFL_SUCCESS);
     EXPECT_EQ(bench.param.spare, 0x77);
     EXPECT_EQ(bench.chip.trace, c.trace);
@@ -106,7 +106,7 @@ TEST(ChipCommandTest, UnknownCommandIsRefusedAfterTheChipIsIdle) {
 
 TEST(ChipCommandTest, TimerExpiryReadsNoAnswerEvenWhenSomethingArrived) {
   Bench bench(0x0C, {0x26}, 2);
-  bench.chip.answers = {{0x21, 2, 0, 0, {0x04, 0x00}}};
+  bench.chip.Answer("0400@21");
   EXPECT_EQ(bench.Run(), HFL_NO_ANSWER);
   EXPECT_EQ(bench.param.receive_length, 0);
   EXPECT_EQ(bench.param.receive_last_bits, kLastBitsUntouched);
@@ -130,7 +130,7 @@ TEST(ChipCommandTest, AnswerNeverLeavesTheReceiveBufferAndCountsCompleteBytes) {
         Case{255, 0, 255, HFL_SUCCESS, 255, 255}, Case{1, 0x04, 0, HFL_BUFFER_SIZE, 0, 0},
         Case{0, 0x05, 2, HFL_SUCCESS, 0, 0}, Case{0, 0, 0, HFL_SUCCESS, 0, 0}}) {
     Bench bench(0x0C, {0x26}, c.capacity);
-    bench.chip.answers = {{0x20, c.level, c.control, 0, Bytes(c.level, 0x5C)}};
+    bench.chip.Answer(HexOf(Bytes(c.level, 0x5C)) + "/" + HexOf({c.control}));
     Bytes expected(c.capacity + 4u, kUntouched);
     std::fill_n(expected.begin(), c.bytes_delivered, std::uint8_t{0x5C});
     SCOPED_TRACE(testing::Message() << int{c.level} << " bytes into " << c.capacity);
@@ -174,14 +174,15 @@ HFLSTATUS ExpectedStatus(int errors, bool acknowledge) {
 TEST(ChipCommandTest, EveryErrorValueHasItsStatusAndDeliversTheAnswer) {
   for (int errors = 0; errors < 256; ++errors) {
     Bench data(0x0C, {0x30}, 4);
-    data.chip.answers = {{0x20, 2, 0, static_cast<std::uint8_t>(errors), {0x12, 0x34}}};
+    const std::string errors_hex = ":" + HexOf({static_cast<std::uint8_t>(errors)});
+    data.chip.Answer("1234" + errors_hex);
     EXPECT_EQ(data.Run(), ExpectedStatus(errors, false)) << errors;
     EXPECT_EQ(data.param.receive_length, 2);
     EXPECT_EQ(Bytes(data.received.begin(), data.received.begin() + 3), Bytes({0x12, 0x34, 0xA7}));
     EXPECT_EQ(data.chip.trace.find("S06=00") != std::string::npos, errors != 0);
 
     Bench nibble(0x0C, {0x30}, 4);
-    nibble.chip.answers = {{0x20, 1, 4, static_cast<std::uint8_t>(errors), {0x0A}}};
+    nibble.chip.Answer("0A/4" + errors_hex);
     const HFLSTATUS expected = ExpectedStatus(errors, true);
     EXPECT_EQ(nibble.Run(), expected) << errors;
     EXPECT_EQ(nibble.param.receive_length, expected == HFL_SHORT_ANSWER ? 1 : 0);
@@ -191,53 +192,26 @@ TEST(ChipCommandTest, EveryErrorValueHasItsStatusAndDeliversTheAnswer) {
   }
 }
 
-// The byte of a short answer is taken out of the FIFO by itself unless a worse error hides the
-// CRC's.
 TEST(ChipCommandTest, OnlyOneByteOfFourOrEightBitsIsAShortAnswer) {
   struct Case {
-    std::uint8_t level, control, errors;
+    const char* answer;
     std::uint16_t capacity;
     HFLSTATUS status;
     std::uint16_t length;
     int taken_alone;
   };
   for (const Case& c :
-       {Case{1, 4, 0x04, 1, HFL_SHORT_ANSWER, 1, 1}, Case{1, 0, 0x04, 1, HFL_SHORT_ANSWER, 1, 1},
-        Case{1, 4, 0x6E, 1, HFL_SHORT_ANSWER, 1, 1}, Case{1, 4, 0x84, 1, HFL_WRITE_ERROR, 0, 1},
-        Case{1, 4, 0x05, 1, HFL_PROTOCOL_ERROR, 0, 0}, Case{1, 4, 0x14, 1, HFL_OVERFLOW, 0, 0},
-        Case{1, 4, 0x08, 1, HFL_COLLISION, 0, 0}, Case{1, 3, 0x04, 1, HFL_CRC_ERROR, 0, 0},
-        Case{1, 5, 0x04, 1, HFL_CRC_ERROR, 0, 0}, Case{2, 4, 0x04, 2, HFL_CRC_ERROR, 1, 0},
-        Case{0, 4, 0x04, 1, HFL_CRC_ERROR, 0, 0}, Case{1, 4, 0x04, 0, HFL_BUFFER_SIZE, 0, 0}}) {
+       {Case{"0A/4:04", 1, HFL_SHORT_ANSWER, 1, 1}, Case{"0A/0:04", 1, HFL_SHORT_ANSWER, 1, 1},
+        Case{"0A/3:04", 1, HFL_CRC_ERROR, 0, 0}, Case{"0A/5:04", 1, HFL_CRC_ERROR, 0, 0},
+        Case{"0A0A/4:04", 2, HFL_CRC_ERROR, 1, 0}, Case{"./4:04", 1, HFL_CRC_ERROR, 0, 0},
+        Case{"0A/4:04", 0, HFL_BUFFER_SIZE, 0, 0}}) {
     Bench bench(0x0C, {0x30}, c.capacity);
-    bench.chip.answers = {{0x20, c.level, c.control, c.errors, Bytes(c.level, 0x0A)}};
-    SCOPED_TRACE(testing::Message() << int{c.level} << " bytes, bits " << int{c.control}
-                                    << ", errors " << int{c.errors});
+    bench.chip.Answer(c.answer);
+    SCOPED_TRACE(c.answer);
     EXPECT_EQ(bench.Run(), c.status);
     EXPECT_EQ(bench.param.receive_length, c.length);
     EXPECT_EQ(CountOf(bench.chip.trace, "G09"), c.taken_alone);
     EXPECT_EQ(bench.received[c.capacity], kUntouched);
-  }
-}
-
-TEST(ChipCommandTest, AnyFailingAccessEndsTheCommandWithItsStatus) {
-  struct Case {
-    std::uint8_t code;
-    ChipAnswer answer;
-    int at_least;
-  };
-  for (const Case& c : {Case{0x0C, Acknowledge(0x0A), 24}, Case{0x0C, Collided({1, 2}, 3), 24},
-                        Case{0x08, Complete({1}), 23}, Case{0x0C, Silence(), 18},
-                        Case{0x0E, {0x10, 0, 0, 0, {}}, 20}, Case{0x00, {}, 16}}) {
-    ExpectEveryFailingAccessToEndIt([&](ScriptedRegisters& chip) { chip.answers = {c.answer}; },
-                                    [&](ScriptedRegisters& chip) {
-                                      LowerRecord lower(&chip);
-                                      std::uint8_t bytes[2] = {0x26, 0x00};
-                                      single_command_param param{
-                                          &lower.record, nullptr, nullptr, c.code, 1, 0,
-                                          bytes,         2,       bytes,   2,      0};
-                                      return ExecuteSingleCommand(&param);
-                                    },
-                                    c.at_least);
   }
 }
 
@@ -253,31 +227,24 @@ std::chrono::steady_clock::time_point fake_now;
 std::chrono::milliseconds tick;
 std::chrono::steady_clock::time_point TickingClock() { return fake_now += tick; }
 
-TEST(ChipCommandTest, ChipThatNeverSignalsEndsTheWaitAtTheLimitAndIsCleanedUp) {
-  tick = kWaitLimit / 20;
-  Bench bench(0x0C, {0x26}, 2);
-  bench.chip.answers = {{0x00, 2, 0, 0, {1, 2}}};
-  const CommandResult result = RunSingleCommand(&bench.param, TickingClock);
-  EXPECT_EQ(result.status, HFL_NO_ANSWER);
-  EXPECT_FALSE(result.access_failed);
-  EXPECT_EQ(CountOf(bench.chip.trace, "G04 G05"), 20);
-  EXPECT_TRUE(bench.chip.trace.ends_with("M02-23 M03-00 S04=00 S05=00 S0A=80 S04=01"));
-  EXPECT_EQ(bench.param.receive_length, 0);
-}
-
-TEST(ChipCommandTest, AnswerAtTheLastLookCountsAndOneLookLaterDoesNot) {
+TEST(ChipCommandTest, AnswerAtTheLastLookCountsAndOneLookLaterItIsSilenceAndCleanedUp) {
   tick = kWaitLimit / 20;
   for (const int quiet_passes : {19, 20}) {
     Bench bench(0x0C, {0x26}, 2);
     bench.chip.quiet_passes = quiet_passes;
-    bench.chip.answers = {Complete({1, 2})};
-    EXPECT_EQ(RunSingleCommand(&bench.param, TickingClock).status,
-              quiet_passes == 19 ? HFL_SUCCESS : HFL_NO_ANSWER);
+    bench.chip.Answer(quiet_passes == 19 ? "0102" : "0102@00");
+    const CommandResult result = RunSingleCommand(&bench.param, TickingClock);
+    EXPECT_EQ(result.status, quiet_passes == 19 ? HFL_SUCCESS : HFL_NO_ANSWER);
+    EXPECT_FALSE(result.access_failed);
+    EXPECT_EQ(CountOf(bench.chip.trace, "G04 G05"), 20);
+    if (quiet_passes == 19) continue;
+    EXPECT_TRUE(bench.chip.trace.ends_with("M02-23 M03-00 S04=00 S05=00 S0A=80 S04=01"));
+    EXPECT_EQ(bench.param.receive_length, 0);
   }
   // A line so slow that the first look comes after the limit.
   tick = kWaitLimit * 3;
   Bench bench(0x0C, {0x26}, 2);
-  bench.chip.answers = {Complete({1, 2})};
+  bench.chip.Answer("0102");
   EXPECT_EQ(RunSingleCommand(&bench.param, TickingClock).status, HFL_SUCCESS);
 }
 
@@ -298,40 +265,31 @@ TEST(ChipCommandTest, CommandWithoutAwaitedBitsEndsAtTheChipsReportOrShortlyAfte
   }
 }
 
-struct CallbackLog {
+// A command whose end a callback awaits, which changes two of its masks.
+struct CallbackBench : Bench {
+  explicit CallbackBench(const char* answer) : Bench(0x0C, {0x26}, 2) {
+    chip.Answer(answer);
+    param.wait_cb_context = this;
+    param.wait_cb = [](wait_event_cb_param* event) {
+      auto* const bench = static_cast<CallbackBench*>(event->wait_cb_context);
+      EXPECT_EQ(Bytes({*event->commIrqEn, *event->waitForComm, *event->divIrqEn, *event->waitForDiv,
+                       event->command}),
+                Bytes({0x23, 0x21, 0x00, 0x00, 0x0C}));
+      EXPECT_NE(event->lower, nullptr);
+      *event->waitForComm = bench->comm_mask;
+      *event->divIrqEn = 0x10;
+      if (bench->link_breaks) bench->chip.fail_from = bench->chip.accesses + 1;
+      return bench->status;
+    };
+  }
   HFLSTATUS status = HFL_SUCCESS;
   std::uint8_t comm_mask = 0x21;
   bool link_breaks = false;
-  ScriptedRegisters* chip = nullptr;
-};
-
-HFLSTATUS RecordingCallback(wait_event_cb_param* event) {
-  auto* const log = static_cast<CallbackLog*>(event->wait_cb_context);
-  EXPECT_EQ(*event->commIrqEn, 0x23);
-  EXPECT_EQ(*event->waitForComm, 0x21);
-  EXPECT_EQ(*event->divIrqEn, 0x00);
-  EXPECT_EQ(*event->waitForDiv, 0x00);
-  EXPECT_EQ(event->command, 0x0C);
-  EXPECT_NE(event->lower, nullptr);
-  *event->waitForComm = log->comm_mask;
-  *event->divIrqEn = 0x10;
-  if (log->link_breaks) log->chip->fail_from = log->chip->accesses + 1;
-  return log->status;
-}
-
-struct CallbackBench : Bench {
-  explicit CallbackBench(std::uint8_t request) : Bench(0x0C, {0x26}, 2) {
-    chip.answers = {{request, 2, 0, 0, {0x04, 0x00}}};
-    log.chip = &chip;
-    param.wait_cb = RecordingCallback;
-    param.wait_cb_context = &log;
-  }
-  CallbackLog log;
 };
 
 TEST(ChipCommandTest, WaitCallbackReplacesPollingAndItsMasksAreUsed) {
-  CallbackBench bench(0x64);
-  bench.log.comm_mask = 0x44;
+  CallbackBench bench("0400@64");
+  bench.comm_mask = 0x44;
   EXPECT_EQ(bench.Run(), HFL_SUCCESS);
   EXPECT_TRUE(bench.chip.trace.ends_with(
       "M0D+80 G04 G05 M02-23 M03-10 G0A G0C G06 R09*2 S04=44 S05=00 S0A=80 S04=01"))
@@ -339,18 +297,19 @@ TEST(ChipCommandTest, WaitCallbackReplacesPollingAndItsMasksAreUsed) {
 }
 
 TEST(ChipCommandTest, WaitCallbacksStatusStandsUnlessTheTimerRanOut) {
-  for (const std::uint8_t request : Bytes{0x20, 0x21}) {
-    CallbackBench bench(request);
-    bench.log.status = 0x0BAD;
-    EXPECT_EQ(bench.Run(), request == 0x20 ? 0x0BAD : HFL_NO_ANSWER);
+  for (const auto& [answer, status] :
+       {std::pair{"0400@20", 0x0BAD}, std::pair{"0400@21", int{HFL_NO_ANSWER}}}) {
+    CallbackBench bench(answer);
+    bench.status = 0x0BAD;
+    EXPECT_EQ(bench.Run(), status);
     EXPECT_EQ(bench.param.receive_length, 0);
     EXPECT_EQ(bench.chip.trace.find("G0A"), std::string::npos);
   }
 }
 
 TEST(ChipCommandTest, FailingLooksAfterTheCallbackDoNotEndTheCommandButTheNextAccessDoes) {
-  CallbackBench bench(0x20);
-  bench.log.link_breaks = true;
+  CallbackBench bench("0400@20");
+  bench.link_breaks = true;
   EXPECT_EQ(bench.Run(), bench.chip.fail_status);
   EXPECT_TRUE(bench.chip.trace.ends_with("M0D+80 G04 G05 M02-23")) << bench.chip.trace;
 }

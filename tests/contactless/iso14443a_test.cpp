@@ -5,16 +5,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <tuple>
 
 #include "tests/contactless/scripted_registers.h"
 
 namespace vt63x {
 namespace {
 
-using Frames = std::vector<Bytes>;
-
 constexpr std::uint8_t kUid[4] = {0x9C, 0x35, 0xE1, 0x4B};
-constexpr std::uint8_t kBcc = 0x9C ^ 0x35 ^ 0xE1 ^ 0x4B;
 
 struct Bench {
   Bench() { component.Init(Iso14443AOpen, &chip, 1); }
@@ -31,39 +29,43 @@ struct Bench {
   sel_p param{0x93, uid.data(), 0, 0x55, 0x80, garbage};
 };
 
+const std::string kAnswer = "9C35E14B03";  // the UID and its BCC
+
 // The UID with its BCC from `first_bit` on, placed as the chip delivers it: bits below the first
 // one of a partly known byte are 0.
-Bytes RestOfUid(int first_bit) {
-  Bytes all(kUid, kUid + 4);
-  all.push_back(kBcc);
-  Bytes rest(all.begin() + first_bit / 8, all.end());
+std::string RestOfUid(int first_bit) {
+  Bytes rest = BytesOf(kAnswer.substr(static_cast<std::size_t>(first_bit / 8 * 2)));
   rest[0] = static_cast<std::uint8_t>(rest[0] & (0xFF << first_bit % 8));
-  return rest;
+  return HexOf(rest);
 }
 
-// The first `bits` bits of the UID, the rest 0.
+// The first `bits` bits of the UID in as many bytes as they need, the rest 0.
 Bytes KnownPart(int bits) {
-  Bytes known(4, 0);
-  std::copy_n(kUid, bits / 8, known.begin());
-  if (bits % 8 != 0) {
-    const auto at = static_cast<std::size_t>(bits / 8);
-    known[at] = static_cast<std::uint8_t>(kUid[at] & ~(0xFF << bits % 8));
-  }
+  Bytes known(kUid, kUid + (bits + 7) / 8);
+  if (bits % 8 != 0) known.back() = static_cast<std::uint8_t>(known.back() & ~(0xFF << bits % 8));
   return known;
 }
 
 // The anticollision frame of level 1 with that many known bits.
-Bytes AskFrame(int known) {
-  const Bytes part = KnownPart(known);
-  Bytes frame = {0x93, static_cast<std::uint8_t>(0x20 + known / 8 * 16 + known % 8)};
-  frame.insert(frame.end(), part.begin(), part.begin() + (known + 7) / 8);
-  return frame;
+std::string AskFrame(int known) {
+  return "93" + HexOf({static_cast<std::uint8_t>(0x20 + known / 8 * 16 + known % 8)}) +
+         HexOf(KnownPart(known));
+}
+
+// Anticollision and select of the levels, each with the same UID.
+std::string Levels(int first, int last) {
+  std::string frames;
+  for (int level = first; level <= last; ++level) {
+    const std::string code = std::to_string(91 + 2 * level);
+    frames += (frames.empty() ? "" : " ") + code + "20 " + code + "70" + kAnswer;
+  }
+  return frames;
 }
 
 TEST(Iso14443ATest, RequestMakesExactlyTheseAccesses) {
   Bench bench;
   std::uint8_t atqa[4] = {0xA7, 0xA7, 0xA7, 0xA7};
-  bench.chip.answers = {Complete({0x04, 0x00})};
+  bench.chip.Answer("0400");
   req_p param{0x52, atqa, bench.garbage};
   EXPECT_EQ(bench.component.Request(&param), HFL_SUCCESS);
   EXPECT_EQ(bench.chip.trace,
@@ -76,31 +78,34 @@ TEST(Iso14443ATest, RequestMakesExactlyTheseAccesses) {
 
 TEST(Iso14443ATest, RequestTakesTwoCompleteBytesOrNothing) {
   struct Case {
-    ChipAnswer answer;
+    const char* answer;
     HFLSTATUS status;
     Bytes atqa;
+    int fail_from = 0;
   };
-  for (const Case& c : {Case{Silence(), HFL_NO_ANSWER, {0, 0}},
-                        Case{Collided({0x46, 0x03}, 0), HFL_COLLISION, {0x46, 0x03}},
-                        Case{Collided({0x46, 0x03}, 5), HFL_PROTOCOL_ERROR, {0x46, 0x03}},
-                        Case{Complete({0x04}), HFL_PROTOCOL_ERROR, {0x04, 0xA7}},
-                        Case{Complete({}), HFL_PROTOCOL_ERROR, {0xA7, 0xA7}},
-                        Case{Complete({1, 2, 3}), HFL_BUFFER_SIZE, {0, 0}},
-                        Case{{0x20, 2, 0, 0x02, {4, 0}}, HFL_PARITY_ERROR, {0, 0}}}) {
+  for (const Case& c :
+       {Case{"-", HFL_NO_ANSWER, {0, 0}}, Case{"4603:08", HFL_COLLISION, {0x46, 0x03}},
+        Case{"4603/5:08", HFL_PROTOCOL_ERROR, {0x46, 0x03}},
+        Case{"04", HFL_PROTOCOL_ERROR, {0x04, 0xA7}}, Case{".", HFL_PROTOCOL_ERROR, {0xA7, 0xA7}},
+        Case{"010203", HFL_BUFFER_SIZE, {0, 0}}, Case{"0400:02", HFL_PARITY_ERROR, {0, 0}},
+        // Before the command of a request the ATQA is left alone, a failed one clears it.
+        Case{"0400", 0x5A5A, {0xA7, 0xA7}, 5}, Case{"0400", 0x5A5A, {0, 0}, 6},
+        Case{"0400", 0x5A5A, {0, 0}, 28}, Case{"0400", 0x5A5A, {0x04, 0x00}, 29}}) {
     Bench bench;
+    bench.chip.fail_from = c.fail_from;
     std::uint8_t atqa[3] = {0xA7, 0xA7, 0xA7};
-    bench.chip.answers = {c.answer};
+    bench.chip.Answer(c.answer);
     req_p param{0x26, atqa, nullptr};
     EXPECT_EQ(bench.component.Request(&param), c.status);
-    EXPECT_EQ(Bytes(atqa, atqa + 2), c.atqa);
+    EXPECT_EQ(Bytes(atqa, atqa + 2), c.atqa) << c.answer << c.fail_from;
     EXPECT_EQ(atqa[2], 0xA7);
-    EXPECT_TRUE(bench.chip.trace.ends_with("S0D=00"));
+    EXPECT_TRUE(c.fail_from != 0 || bench.chip.trace.ends_with("S0D=00"));
   }
 }
 
 TEST(Iso14443ATest, ActivationOfASingleCardMakesExactlyTheseAccesses) {
   Bench bench;
-  bench.chip.answers = {Complete(RestOfUid(0)), Complete({0x08})};
+  bench.chip.Answer(kAnswer + " 08");
   EXPECT_EQ(bench.Activate(), HFL_SUCCESS);
   EXPECT_EQ(bench.chip.trace,
             "M12-80 M13-80 S0E=00 S0D=00 "
@@ -116,244 +121,146 @@ TEST(Iso14443ATest, ActivationOfASingleCardMakesExactlyTheseAccesses) {
   EXPECT_EQ(bench.param.self, bench.garbage);
 }
 
-// Every number of bits that a caller may know of the first level.
-TEST(Iso14443ATest, AnyNumberOfKnownBitsIsSentAndCompleted) {
-  for (int known = 0; known <= 32; ++known) {
-    SCOPED_TRACE(known);
-    Bench bench;
-    std::ranges::copy(KnownPart(known), bench.uid.begin());
-    if (known < 32) bench.chip.answers.push_back(Complete(RestOfUid(known)));
-    bench.chip.answers.push_back(Complete({0x08}));
-    EXPECT_EQ(bench.Activate(static_cast<std::uint8_t>(known)), HFL_SUCCESS);
-    EXPECT_TRUE(bench.HasUid());
-    EXPECT_EQ(bench.param.bit_count, 32);
-    ASSERT_EQ(bench.chip.sent.size(), known < 32 ? 2u : 1u);
-    if (known == 32) continue;
-    EXPECT_EQ(bench.chip.sent[0], AskFrame(known));
-    EXPECT_EQ(bench.chip.framing[0], known % 8 * 17);
-  }
-}
-
-// A collision at every bit of the level: what the chip delivers up to there is kept and sent.
-TEST(Iso14443ATest, CollisionAtAnyBitIsResolvedByALongerKnownPart) {
-  for (int bits = 1; bits <= 32; ++bits) {
+// Every number of bits that a caller may know of the first level, and a collision at each: what
+// the chip delivers up to there is kept and sent.
+TEST(Iso14443ATest, AnyNumberOfBitsKnownOrReceivedIsSentAndCompleted) {
+  for (int bits = 0; bits <= 32; ++bits) {
     SCOPED_TRACE(bits);
-    Bench bench;
-    Bytes received = KnownPart(bits);
-    received.resize(static_cast<std::size_t>(bits + 7) / 8);
-    bench.chip.answers = {Collided(received, static_cast<std::uint8_t>(bits % 8)),
-                          Complete(RestOfUid(bits)), Complete({0x08})};
-    EXPECT_EQ(bench.Activate(), HFL_SUCCESS);
-    EXPECT_EQ(bench.param.collision, 0x81);
-    EXPECT_TRUE(bench.HasUid());
-    EXPECT_EQ(bench.chip.sent[1], AskFrame(bits));
-    EXPECT_EQ(bench.chip.framing[1], bits % 8 * 17);
+    const std::string select = "9370" + kAnswer;
+    Bench knowing;
+    std::ranges::copy(KnownPart(bits), knowing.uid.begin());
+    std::fill(knowing.uid.begin() + (bits + 7) / 8, knowing.uid.begin() + 4, std::uint8_t{0});
+    knowing.chip.Answer(bits < 32 ? RestOfUid(bits) + " 08" : "08");
+    EXPECT_EQ(knowing.Activate(static_cast<std::uint8_t>(bits)), HFL_SUCCESS);
+    EXPECT_TRUE(knowing.HasUid());
+    EXPECT_EQ(knowing.param.bit_count, 32);
+    EXPECT_EQ(knowing.chip.sent, bits < 32 ? AskFrame(bits) + " " + select : select);
+    EXPECT_EQ(knowing.chip.framing[0], bits < 32 ? bits % 8 * 17 : 0);
+    if (bits == 0) continue;
+    Bench colliding;
+    colliding.chip.Answer(HexOf(KnownPart(bits)) + "/" + std::to_string(bits % 8) + ":08 " +
+                          RestOfUid(bits) + " 08");
+    EXPECT_EQ(colliding.Activate(), HFL_SUCCESS);
+    EXPECT_EQ(colliding.param.collision, 0x81);
+    EXPECT_TRUE(colliding.HasUid());
+    EXPECT_EQ(colliding.chip.sent, "9320 " + AskFrame(bits) + " " + select);
+    EXPECT_EQ(colliding.chip.framing[1], bits % 8 * 17);
   }
 }
 
 // 33 cards that differ in every bit: 32 collisions of one bit each, then the check byte alone.
 TEST(Iso14443ATest, CollisionAtEveryBitInTurnEndsWithTheLastCard) {
   Bench bench;
+  std::string answers;
   for (int bits = 1; bits <= 32; ++bits) {
-    const auto byte = static_cast<std::size_t>((bits - 1) / 8);
-    const std::uint8_t bit = static_cast<std::uint8_t>(kUid[byte] & (1 << (bits - 1) % 8));
-    bench.chip.answers.push_back(Collided({bit}, static_cast<std::uint8_t>(bits % 8)));
+    const auto bit = static_cast<std::uint8_t>(kUid[(bits - 1) / 8] & (1 << (bits - 1) % 8));
+    answers += HexOf({bit}) + "/" + std::to_string(bits % 8) + ":08 ";
   }
-  bench.chip.answers.push_back(Complete({kBcc}));
-  bench.chip.answers.push_back(Complete({0x08}));
+  bench.chip.Answer(answers + "03 08");
   EXPECT_EQ(bench.Activate(), HFL_SUCCESS);
   EXPECT_TRUE(bench.HasUid());
-  EXPECT_EQ(bench.chip.sent.size(), 34u);
-}
-
-TEST(Iso14443ATest, CollisionsThatAddNoBitEndAfter32Frames) {
-  for (const std::uint8_t known : Bytes{0, 12}) {
-    Bench bench;
-    std::fill_n(bench.uid.begin(), 4, std::uint8_t{0});
-    // With 12 bits known the shared byte arrives with its 4 known bits only.
-    const ChipAnswer nothing = known == 0 ? Collided({}, 0) : Collided({0x00}, 4);
-    bench.chip.answers.assign(100, nothing);
-    EXPECT_EQ(bench.Activate(known), HFL_WRONG_ANSWER_SIZE);
-    EXPECT_EQ(bench.chip.sent.size(), 32u);
-    EXPECT_EQ(bench.param.bit_count, known);
-    EXPECT_TRUE(bench.chip.trace.ends_with("S04=01 S0D=00 S0E=80"));
-  }
+  EXPECT_EQ(bench.chip.framing.size(), 34u);
 }
 
 TEST(Iso14443ATest, ImpossibleAnswersEndTheLevelWithoutASelect) {
   struct Case {
     std::uint8_t known;
-    ChipAnswer answer;
+    std::string answer;  // again and again
     HFLSTATUS status;
+    std::size_t frames = 1;
   };
-  const Bytes five = {0x9C, 0x35, 0xE1, 0x4B, 0x00};  // wrong check byte
+  const std::string wrong = "9C35E14B00";  // its check byte
   for (const Case& c :
-       {Case{0, Complete(five), HFL_CHECK_BYTE}, Case{0, Complete({}), HFL_CHECK_BYTE},
+       {Case{0, wrong, HFL_CHECK_BYTE}, Case{0, ".", HFL_CHECK_BYTE},
         // The four bytes that never came would all be 0 and so match their check byte.
-        Case{0, Complete({0}), HFL_CHECK_BYTE}, Case{0, Complete({0, 0, 0, 0}), HFL_CHECK_BYTE},
-        Case{0, {0x20, 5, 3, 0, {0, 0, 0, 0, 0}}, HFL_CHECK_BYTE},
-        Case{12, Complete(five), HFL_WRONG_ANSWER_SIZE},
-        Case{12, Collided({}, 3), HFL_WRONG_ANSWER_SIZE},
-        Case{31, Complete({0, 0, 0}), HFL_WRONG_ANSWER_SIZE},
-        Case{0, Complete(Bytes(6, 0)), HFL_BUFFER_SIZE},
-        Case{0, {0x20, 255, 0, 0x08, Bytes(255, 0x11)}, HFL_BUFFER_SIZE},
-        Case{0, Silence(), HFL_NO_ANSWER}, Case{0, {0x20, 5, 0, 0x01, five}, HFL_PROTOCOL_ERROR},
+        Case{0, "00", HFL_CHECK_BYTE}, Case{0, "00000000", HFL_CHECK_BYTE},
+        Case{0, "0000000000/3", HFL_CHECK_BYTE}, Case{12, wrong, HFL_WRONG_ANSWER_SIZE},
+        Case{12, "./3:08", HFL_WRONG_ANSWER_SIZE}, Case{31, "000000", HFL_WRONG_ANSWER_SIZE},
+        Case{0, "000000000000", HFL_BUFFER_SIZE},
+        Case{0, HexOf(Bytes(255, 0x11)) + ":08", HFL_BUFFER_SIZE}, Case{0, "-", HFL_NO_ANSWER},
+        Case{0, wrong + ":01", HFL_PROTOCOL_ERROR},
         // 41 bits, one too many.
-        Case{12, {0x20, 5, 1, 0, five}, HFL_WRONG_ANSWER_SIZE},
+        Case{12, wrong + "/1", HFL_WRONG_ANSWER_SIZE},
         // 35 and 40 bits known: no frame can say so.
-        Case{0, Collided(five, 0), HFL_INVALID_PARAMETER},
-        Case{0, Collided(five, 3), HFL_INVALID_PARAMETER}}) {
+        Case{0, wrong + ":08", HFL_INVALID_PARAMETER},
+        Case{0, wrong + "/3:08", HFL_INVALID_PARAMETER},
+        // Collisions that add no bit; with 12 known the shared byte arrives with its 4 known ones.
+        Case{0, ".:08", HFL_WRONG_ANSWER_SIZE, 32},
+        Case{12, "00/4:08", HFL_WRONG_ANSWER_SIZE, 32}}) {
     Bench bench;
     std::fill_n(bench.uid.begin(), 4, std::uint8_t{0});
-    bench.chip.answers.assign(1, c.answer);
-    SCOPED_TRACE(testing::Message()
-                 << int{c.known} << " known, level " << int{c.answer.fifo_level});
+    std::string answers;
+    for (int i = 0; i < 100; ++i) answers += c.answer + " ";
+    bench.chip.Answer(answers);
+    SCOPED_TRACE(c.answer);
     EXPECT_EQ(bench.Activate(c.known), c.status);
-    EXPECT_EQ(bench.chip.sent.size(), 1u);
+    EXPECT_EQ(bench.chip.framing.size(), c.frames);
     EXPECT_EQ(bench.param.bit_count, c.known);
     EXPECT_EQ(Bytes(bench.uid.begin() + 4, bench.uid.end()), Bytes(12, 0xA7));
     EXPECT_TRUE(bench.chip.trace.ends_with("S0D=00 S0E=80"));
   }
 }
 
-TEST(Iso14443ATest, CascadeBitLeadsThroughTheLevelsAndNoFurther) {
+TEST(Iso14443ATest, CascadeBitLeadsThroughTheLevelsAndAFailureKeepsThoseCompleted) {
   struct Case {
-    std::vector<std::uint8_t> saks;
-    std::uint8_t bit_count;
+    std::uint8_t known;
+    std::string answers;
+    HFLSTATUS status;
+    std::string sent;
+    std::uint8_t bit_count, sak;
   };
-  for (const Case& c : {Case{{0x20}, 32}, Case{{0x04, 0x20}, 64}, Case{{0x04, 0x24, 0x00}, 96},
-                        Case{{0x04, 0x04, 0x04}, 96}}) {
+  const std::string& u = kAnswer;
+  for (const Case& c : {
+           Case{0, u + " 20", HFL_SUCCESS, Levels(1, 1), 32, 0x20},
+           Case{0, u + " 04 " + u + " 20", HFL_SUCCESS, Levels(1, 2), 64, 0x20},
+           Case{0, u + " 04 " + u + " 24 " + u + " 00", HFL_SUCCESS, Levels(1, 3), 96, 0x00},
+           Case{0, u + " 04 " + u + " 04 " + u + " 04", HFL_SUCCESS, Levels(1, 3), 96, 0x04},
+           // The select answer must be one complete byte.
+           Case{0, u + " 04 " + u + " -", HFL_NO_ANSWER, Levels(1, 2), 32, 0x04},
+           Case{0, u + " 04 " + u + " .", HFL_WRONG_ANSWER_SIZE, Levels(1, 2), 32, 0x04},
+           Case{0, u + " 04 " + u + " 08/4", HFL_WRONG_ANSWER_SIZE, Levels(1, 2), 32, 0x04},
+           // Going on from there selects level 1 again, without its anticollision.
+           Case{32, "04 " + u + " 00", HFL_SUCCESS, "9370" + u + " " + Levels(2, 2), 64, 0x00},
+       }) {
     Bench bench;
-    for (const std::uint8_t sak : c.saks) {
-      bench.chip.answers.push_back(Complete(RestOfUid(0)));
-      bench.chip.answers.push_back(Complete({sak}));
-    }
-    EXPECT_EQ(bench.Activate(), HFL_SUCCESS);
-    EXPECT_EQ(bench.param.bit_count, c.bit_count);
-    EXPECT_EQ(bench.param.sak, c.saks.back());
-    ASSERT_EQ(bench.chip.sent.size(), 2 * c.saks.size());
-    for (std::size_t level = 0; level < c.saks.size(); ++level) {
-      const auto code = static_cast<std::uint8_t>(0x93 + 2 * level);
-      EXPECT_EQ(bench.chip.sent[2 * level], Bytes({code, 0x20}));
-      EXPECT_EQ(bench.chip.sent[2 * level + 1], Bytes({code, 0x70, 0x9C, 0x35, 0xE1, 0x4B, kBcc}));
-    }
-    EXPECT_EQ(bench.uid[c.saks.size() * 4], 0xA7);
-  }
-}
-
-TEST(Iso14443ATest, FailureAtAHigherLevelKeepsTheLevelsCompleted) {
-  // The select answer must be one complete byte.
-  for (const auto& [answer, status] :
-       {std::pair{Silence(), HFL_NO_ANSWER}, std::pair{Complete({}), HFL_WRONG_ANSWER_SIZE},
-        std::pair{ChipAnswer{0x20, 1, 4, 0, {0x08}}, HFL_WRONG_ANSWER_SIZE}}) {
-    Bench bench;
-    bench.chip.answers = {Complete(RestOfUid(0)), Complete({0x04}), Complete(RestOfUid(0)), answer};
-    EXPECT_EQ(bench.Activate(), status);
-    EXPECT_EQ(bench.param.bit_count, 32);
-    EXPECT_EQ(bench.param.sak, 0x04);
-
-    // Going on from there selects level 1 again and runs the anticollision of level 2 alone.
-    bench.chip.sent.clear();
-    bench.chip.answers = {Complete({0x04}), Complete(RestOfUid(0)), Complete({0x00})};
-    EXPECT_EQ(bench.Activate(32), HFL_SUCCESS);
-    EXPECT_EQ(bench.param.bit_count, 64);
-    ASSERT_EQ(bench.chip.sent.size(), 3u);
-    EXPECT_EQ(bench.chip.sent[1], Bytes({0x95, 0x20}));
+    if (c.known != 0) std::ranges::copy(kUid, bench.uid.begin());
+    bench.chip.Answer(c.answers);
+    EXPECT_EQ(bench.Activate(c.known), c.status) << c.answers;
+    EXPECT_EQ(bench.chip.sent, c.sent);
+    EXPECT_EQ(bench.param.bit_count, c.bit_count) << c.answers;
+    EXPECT_EQ(bench.param.sak, c.sak) << c.answers;
+    EXPECT_TRUE(c.status != HFL_SUCCESS || bench.uid[c.bit_count / 8] == 0xA7) << c.answers;
   }
 }
 
 TEST(Iso14443ATest, SelectSendsTheLevelsOfTheBitCount) {
-  struct Case {
-    std::uint8_t bit_count;
-    HFLSTATUS status;
-    std::vector<std::uint8_t> codes;
-  };
-  for (const Case& c :
-       {Case{0, HFL_SUCCESS, {}}, Case{31, HFL_INVALID_PARAMETER, {}},
-        Case{96, HFL_SUCCESS, {0x93, 0x95, 0x97}}, Case{128, HFL_INVALID_PARAMETER, {}}}) {
+  const std::string rest = "70A7A7A7A700";
+  for (const auto& [bit_count, status, sent] :
+       {std::tuple{0, HFL_SUCCESS, std::string()},
+        std::tuple{31, HFL_INVALID_PARAMETER, std::string()},
+        std::tuple{96, HFL_SUCCESS, "93" + rest + " 95" + rest + " 97" + rest},
+        std::tuple{128, HFL_INVALID_PARAMETER, std::string()}}) {
     Bench bench;
-    bench.chip.answers.assign(3, Complete({0x08}));
-    bench.param.bit_count = c.bit_count;
-    EXPECT_EQ(bench.component.Select(&bench.param), c.status);
-    EXPECT_EQ(bench.param.bit_count, c.bit_count);
+    bench.chip.Answer("08 08 08");
+    bench.param.bit_count = static_cast<std::uint8_t>(bit_count);
+    EXPECT_EQ(bench.component.Select(&bench.param), status);
+    EXPECT_EQ(bench.param.bit_count, bit_count);
     EXPECT_EQ(bench.param.self, bench.garbage);
-    std::vector<std::uint8_t> codes;
-    for (const Bytes& frame : bench.chip.sent) codes.push_back(frame[0]);
-    EXPECT_EQ(codes, c.codes);
-    EXPECT_EQ(bench.chip.accesses == 0, c.codes.empty());
+    EXPECT_EQ(bench.chip.sent, sent);
+    EXPECT_EQ(bench.chip.accesses == 0, sent.empty());
   }
 }
 
 TEST(Iso14443ATest, HaltSucceedsBySilenceOnly) {
-  struct Case {
-    ChipAnswer answer;
-    HFLSTATUS status;
-  };
-  for (const Case& c :
-       {Case{Silence(), HFL_SUCCESS}, Case{Complete({0x0A}), HFL_BUFFER_SIZE},
-        Case{Acknowledge(0x0A), HFL_BUFFER_SIZE}, Case{{0x20, 0, 0, 0x02, {}}, HFL_PARITY_ERROR}}) {
+  for (const auto& [answer, status] :
+       {std::pair{"-", HFL_SUCCESS}, std::pair{"0A", HFL_BUFFER_SIZE},
+        std::pair{"0A/4:04", HFL_BUFFER_SIZE}, std::pair{".:02", HFL_PARITY_ERROR}}) {
     Bench bench;
-    bench.chip.answers = {c.answer};
+    bench.chip.Answer(answer);
     hlt_p param{bench.garbage};
-    EXPECT_EQ(bench.component.Halt(&param), c.status);
-    EXPECT_EQ(bench.chip.sent, Frames({{0x50, 0x00}}));
+    EXPECT_EQ(bench.component.Halt(&param), status) << answer;
+    EXPECT_EQ(bench.chip.sent, "5000");
     EXPECT_EQ(param.self, bench.garbage);
-  }
-}
-
-// The operations by number, so that tests can go through all of them.
-HFLSTATUS Operate(Iso14443AInterface& component, int operation, std::uint8_t* atqa) {
-  std::uint8_t uid[12] = {};
-  req_p request{0x26, atqa, nullptr};
-  sel_p select{0x93, uid, static_cast<std::uint8_t>(operation == 2 ? 64 : 0), 0, 0, nullptr};
-  hlt_p halt{nullptr};
-  if (operation == 0) return component.Request(&request);
-  if (operation == 1) return component.AnticollisionSelect(&select);
-  if (operation == 2) return component.Select(&select);
-  return component.Halt(&halt);
-}
-
-TEST(Iso14443ATest, AnyFailingAccessEndsTheOperationWithItsStatus) {
-  const std::deque<ChipAnswer> answers[] = {
-      {Complete({0x04, 0x00})},
-      {Collided({0x04}, 3), Complete(RestOfUid(3)), Complete({0x04}), Complete(RestOfUid(0)),
-       Complete({0x00})},
-      {Complete({0x04}), Complete({0x00})},
-      {Complete({})}};
-  const int at_least[] = {29, 100, 40, 20};
-  for (int operation = 0; operation < 4; ++operation) {
-    ExpectEveryFailingAccessToEndIt(
-        [&](ScriptedRegisters& chip) { chip.answers = answers[operation]; },
-        [&](ScriptedRegisters& chip) {
-          Iso14443AWrapper component;
-          component.Init(Iso14443AOpen, &chip, 1);
-          std::uint8_t atqa[2] = {0xA7, 0xA7};
-          const HFLSTATUS status = Operate(component, operation, atqa);
-          // Before the command of a request the ATQA is left alone, later it is cleared.
-          if (operation == 0 && status == chip.fail_status) {
-            EXPECT_EQ(atqa[0], chip.accesses <= 5 ? 0xA7 : chip.accesses < 29 ? 0x00 : 0x04);
-          }
-          return status;
-        },
-        at_least[operation]);
-  }
-}
-
-TEST(Iso14443ATest, EveryOperationNeedsTheReadyByteAndUsesTheWaitCallback) {
-  HFLSTATUS status = 0x0BAD;
-  for (int operation = 0; operation < 4; ++operation) {
-    Bench bench;
-    std::uint8_t atqa[2] = {0xA7, 0xA7};
-    bench.component.members = 0;
-    EXPECT_EQ(Operate(bench.component, operation, atqa),
-              operation == 3 ? HFL_NOT_SUPPORTED : HFL_NOT_READY);
-    EXPECT_EQ(bench.chip.accesses, 0);
-    EXPECT_EQ(atqa[0], 0xA7);
-    bench.component.members = 1;
-    bench.chip.answers = {Complete({})};
-    set_wait_callback_param install{GiveUpWaiting, &status, nullptr};
-    bench.component.SetWaitCallback(&install);
-    EXPECT_EQ(Operate(bench.component, operation, atqa), 0x0BAD);
   }
 }
 

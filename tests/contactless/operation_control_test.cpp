@@ -64,29 +64,34 @@ TEST(OperationControlTest, EverySettingMakesItsAccesses) {
 TEST(OperationControlTest, RefusedSettingsTouchNothingButTheAuthenticatedState) {
   std::uint8_t timer[4] = {};
   std::uint8_t prescaler_16[4] = {0x00, 0x10, 0x00, 0x00};
-  for (const opp& param : {Param(1, 2),
-                           Param(1, 3, 2),
-                           Param(1, 3, 0, 2),
-                           Param(2, 0),
-                           Param(2, 1, 9),
-                           Param(5, 0x11, 1, 0x11),
-                           Param(5, 0x11, 0, 0),
-                           Param(6, 0, 1),
-                           Param(6, 0, 2, 0, timer),
-                           Param(6, 0, 0, 2, timer),
-                           Param(6, 0, 1, 0, prescaler_16),
-                           Param(6, 1, 2),
-                           Param(6, 2, 2),
-                           Param(6, 3, 4),
-                           Param(6, 4, 0, 16),
-                           Param(6, 7),
-                           Param(7, 0, 4),
-                           Param(7, 3, 65, 0, timer),
-                           Param(7, 3, 1),
-                           Param(255, 255)}) {
+  // Group, attribute, parameters, which buffer.
+  for (const std::string row : {"1 2",
+                                "1 3 2",
+                                "1 3 0 2",
+                                "2 0",
+                                "2 1 9",
+                                "5 17 1 17",
+                                "5 17",
+                                "6 0 1",
+                                "6 0 2 0 timer",
+                                "6 0 0 2 timer",
+                                "6 0 1 0 prescaler",
+                                "6 1 2",
+                                "6 2 2",
+                                "6 3 4",
+                                "6 4 0 16",
+                                "6 7",
+                                "7 0 4",
+                                "7 3 65 0 timer",
+                                "7 3 1",
+                                "255 255"}) {
+    opp param = Param(0, 0);
+    std::sscanf(row.c_str(), "%hhu %hhu %hhu %hhu", &param.group, &param.attribute, &param.param_a,
+                &param.param_b);
+    if (row.ends_with("timer")) param.buffer = timer;
+    if (row.ends_with("prescaler")) param.buffer = prescaler_16;
     Bench bench;
-    SCOPED_TRACE(testing::Message() << int{param.group} << ", " << int{param.attribute});
-    EXPECT_EQ(bench.TraceOf(param, HFL_INVALID_PARAMETER), param.group == 1 ? "M08-08" : "");
+    EXPECT_EQ(bench.TraceOf(param, HFL_INVALID_PARAMETER), param.group == 1 ? "M08-08" : "") << row;
   }
   for (const opp& param : {Param(0, 0), Param(0, 0x55), Param(6, 6), Param(7, 1)}) {
     Bench bench;
@@ -106,24 +111,21 @@ TEST(OperationControlTest, VersionIsReadOnceAndChoosesTheDefaults) {
   const std::string first_six =
       "M08-08 G12 S12=88 G13 S13=88 S24=26 G15 S15=FF G18 S18=55 G24 S24=26 G19 S19=4D "
       "G26 S26=59 G27 S27=F4";
-  Bench old_chip(0x00);
-  EXPECT_EQ(old_chip.Set(Param(1, 3)), HFL_SUCCESS);
-  EXPECT_EQ(old_chip.Set(Param(6, 1, 1)), HFL_SUCCESS);
-  EXPECT_EQ(old_chip.chip.trace, "G37 " + first_six + " M2A+80");
-
-  Bench unlucky(0xB1);  // this version means that none has been read
-  EXPECT_EQ(unlucky.Set(Param(1, 3)), HFL_SUCCESS);
-  EXPECT_EQ(unlucky.Set(Param(6, 1, 1)), HFL_SUCCESS);
-  EXPECT_EQ(unlucky.chip.trace, "G37 " + first_six + " G28 S28=3F G29 S29=11 G37 M2A+80");
-}
-
-TEST(OperationControlTest, FailedVersionReadIsTriedAgain) {
-  Bench bench;
-  bench.chip.fail_from = 1;
-  EXPECT_EQ(bench.Set(Param(6, 1, 1)), bench.chip.fail_status);
-  bench.chip.fail_from = 0;
-  EXPECT_EQ(bench.Set(Param(6, 1, 1)), HFL_SUCCESS);
-  EXPECT_EQ(bench.chip.trace, "G37 G37 M2A+80");
+  // 0xB1 means that none has been read.
+  for (const auto& [version, trace] :
+       {std::pair<std::uint8_t, std::string>{0x00, "G37 " + first_six + " M2A+80"},
+        {0xB1, "G37 " + first_six + " G28 S28=3F G29 S29=11 G37 M2A+80"}}) {
+    Bench bench(version);
+    EXPECT_EQ(bench.Set(Param(1, 3)), HFL_SUCCESS);
+    EXPECT_EQ(bench.Set(Param(6, 1, 1)), HFL_SUCCESS);
+    EXPECT_EQ(bench.chip.trace, trace);
+  }
+  Bench failing;
+  failing.chip.fail_from = 1;
+  EXPECT_EQ(failing.Set(Param(6, 1, 1)), failing.chip.fail_status);
+  failing.chip.fail_from = 0;
+  EXPECT_EQ(failing.Set(Param(6, 1, 1)), HFL_SUCCESS);
+  EXPECT_EQ(failing.chip.trace, "G37 G37 M2A+80") << "a failed reading is tried again";
 }
 
 TEST(OperationControlTest, ReadingsPutTheHighByteIntoParamBAndOthersAreRefused) {
@@ -166,59 +168,12 @@ TEST(OperationControlTest, CrcOfDataComesBackInTheParameters) {
   bench.chip.registers[0x22] = 0x26;
   opp param{7, 3, 2, 0x99, data, nullptr};
   EXPECT_EQ(bench.control.SetAttribute(&param), HFL_SUCCESS);
-  EXPECT_EQ(bench.chip.sent, std::vector<Bytes>({{0x12, 0x34}}));
+  EXPECT_EQ(bench.chip.sent, "1234");
   EXPECT_TRUE(bench.chip.trace.ends_with(
       "W09=12,34 G01 S01=03 G01 G07 M02-00 M03-00 S04=00 S05=00 S0A=80 S04=01 G21 G22"))
       << bench.chip.trace;
   EXPECT_EQ(param.param_a, 0x26);
   EXPECT_EQ(param.param_b, 0xCF);
-}
-
-TEST(OperationControlTest, AnyFailingAccessEndsTheOperationWithItsStatus) {
-  std::uint8_t buffer[64] = {0xA5, 0x02, 0x03, 0x00};
-  struct Case {
-    HFLSTATUS (OperationControlWrapper::*operation)(opp*);
-    opp param;
-    int at_least;
-  };
-  constexpr auto kSet = &OperationControlWrapper::SetAttribute;
-  constexpr auto kGet = &OperationControlWrapper::GetAttribute;
-  for (const Case& c :
-       {Case{kSet, Param(1, 3), 20}, Case{kSet, Param(6, 0, 1, 0, buffer), 8},
-        Case{kSet, Param(5, 0x11, 0, 0x11), 7}, Case{kSet, Param(7, 3, 64, 0, buffer), 20},
-        Case{kGet, Param(0, 0), 1}, Case{kGet, Param(6, 6), 2}}) {
-    ExpectEveryFailingAccessToEndIt(
-        [](ScriptedRegisters& chip) {
-          chip.registers[0x07] = 0x20;
-          chip.registers[0x37] = 0x01;
-        },
-        [&](ScriptedRegisters& chip) {
-          OperationControlWrapper control;
-          control.Init(OperationControlOpen, &chip);
-          opp param = c.param;
-          return (control.*c.operation)(&param);
-        },
-        c.at_least);
-  }
-}
-
-TEST(OperationControlTest, CrcCalculationUsesTheWaitCallbackUntilItIsTakenAway) {
-  Bench bench;
-  bench.chip.answers.assign(2, {0x00, 0, 0, 0, {}});
-  bench.chip.registers[0x07] = 0x20;
-  HFLSTATUS status = 0x0BAD;
-  auto* const garbage = reinterpret_cast<OperationControlCore*>(0x1234);
-  set_wait_callback_param install{GiveUpWaiting, &status, garbage};
-  bench.control.SetWaitCallback(&install);
-  opp param{7, 3, 0, 0x99, nullptr, garbage};
-  EXPECT_EQ(bench.control.SetAttribute(&param), 0x0BAD);
-  EXPECT_EQ(param.param_b, 0x99);  // the result is not read after a failed command
-
-  set_wait_callback_param remove{nullptr, nullptr, nullptr};
-  bench.control.SetWaitCallback(&remove);
-  EXPECT_EQ(bench.control.SetAttribute(&param), HFL_SUCCESS);
-  EXPECT_EQ(install.self, garbage);
-  EXPECT_EQ(param.self, garbage);
 }
 
 }  // namespace

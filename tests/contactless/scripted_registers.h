@@ -11,7 +11,7 @@
 #include <array>
 #include <cstdio>
 #include <deque>
-#include <functional>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -22,24 +22,22 @@ namespace vt63x {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// What the registers read from the start of a chip command on.
-struct ChipAnswer {
-  std::uint8_t comm_request = 0x20;  // 0x04
-  std::uint8_t fifo_level = 0;       // 0x0A
-  std::uint8_t control = 0;          // 0x0C
-  std::uint8_t errors = 0;           // 0x06
-  Bytes fifo;                        // 0x09; 0xEE when it is empty
-};
+inline Bytes BytesOf(const std::string& hex) {
+  Bytes bytes;
+  for (std::size_t at = 0; at + 1 < hex.size(); at += 2) {
+    bytes.push_back(static_cast<std::uint8_t>(std::stoul(hex.substr(at, 2), nullptr, 16)));
+  }
+  return bytes;
+}
 
-inline ChipAnswer Complete(const Bytes& bytes) {
-  return {0x20, static_cast<std::uint8_t>(bytes.size()), 0, 0, bytes};
+inline std::string HexOf(const Bytes& bytes) {
+  std::string hex;
+  for (const std::uint8_t byte : bytes) {
+    hex += "0123456789ABCDEF"[byte / 16];
+    hex += "0123456789ABCDEF"[byte % 16];
+  }
+  return hex;
 }
-// `last_bits` of the last byte are valid.
-inline ChipAnswer Collided(const Bytes& bytes, std::uint8_t last_bits) {
-  return {0x20, static_cast<std::uint8_t>(bytes.size()), last_bits, 0x08, bytes};
-}
-inline ChipAnswer Acknowledge(std::uint8_t nibble) { return {0x20, 1, 4, 0x04, {nibble}}; }
-inline ChipAnswer Silence() { return {0x01, 0, 0, 0, {}}; }
 
 class ScriptedRegisters final : public RegisterControlInterface {
  public:
@@ -47,13 +45,22 @@ class ScriptedRegisters final : public RegisterControlInterface {
   // R09*2 multiple accesses; separated by blanks.
   std::string trace;
   std::array<std::uint8_t, 64> registers{};
-  std::deque<ChipAnswer> answers;  // one for each command started; then silence
-  int quiet_passes = 0;            // reads of 0x04 that give 0 after each start
-  std::vector<Bytes> sent;         // FIFO contents of each command started
-  Bytes framing;                   // register 0x0D at each start
+  int quiet_passes = 0;  // reads of 0x04 that give 0 after each start
+  std::string sent;      // FIFO contents of each command started, "." for none, separated by blanks
+  Bytes framing;         // register 0x0D at each start
   int accesses = 0;
   int fail_from = 0;  // every access from this one on fails
   HFLSTATUS fail_status = 0x5A5A;
+
+  // One answer for each command started, separated by blanks; then there is silence. The bytes of
+  // the FIFO, 0xEE behind them; behind '/' the valid bits of the last one, behind ':' the error
+  // register and behind '@' the requests of 0x04, which are 20. "0A/4:04" is an acknowledge,
+  // "9C35/3:08" a collision, "." an answer without bytes and "-" silence.
+  void Answer(const std::string& texts) {
+    answers_.clear();
+    std::istringstream words(texts);
+    for (std::string word; words >> word;) answers_.push_back(word == "-" ? ".@01" : word);
+  }
 
   HFLSTATUS SetRegister(setreg_param* param) override {
     if (!Allowed("S%02X=%02X", param->address, param->data)) return fail_status;
@@ -126,23 +133,27 @@ class ScriptedRegisters final : public RegisterControlInterface {
   }
 
   void Start() {
-    sent.push_back(to_send_);
+    sent += (sent.empty() ? "" : " ") + (to_send_.empty() ? "." : HexOf(to_send_));
     framing.push_back(registers[0x0D] & 0x7F);
     to_send_.clear();
-    ChipAnswer answer = Silence();
-    if (!answers.empty()) {
-      answer = answers.front();
-      answers.pop_front();
-    }
-    registers[0x04] = answer.comm_request;
-    registers[0x0A] = answer.fifo_level;
-    registers[0x0C] = answer.control;
-    registers[0x06] = answer.errors;
-    fifo_.assign(answer.fifo.begin(), answer.fifo.end());
+    const std::string answer = answers_.empty() ? ".@01" : answers_.front();
+    if (!answers_.empty()) answers_.pop_front();
+    const auto value = [&](char mark, std::uint8_t otherwise) {
+      const std::size_t at = answer.find(mark);
+      if (at == std::string::npos) return otherwise;
+      return static_cast<std::uint8_t>(std::stoul(answer.substr(at + 1), nullptr, 16));
+    };
+    const Bytes bytes = BytesOf(answer.substr(0, answer.find_first_of("/:@")));
+    fifo_.assign(bytes.begin(), bytes.end());
+    registers[0x04] = value('@', 0x20);
+    registers[0x0A] = static_cast<std::uint8_t>(bytes.size());
+    registers[0x0C] = value('/', 0);
+    registers[0x06] = value(':', 0);
     quiet_left_ = quiet_passes;
   }
 
   Bytes to_send_;
+  std::deque<std::string> answers_;
   std::deque<std::uint8_t> fifo_;
   int quiet_left_ = 0;
 };
@@ -160,25 +171,6 @@ class LowerRecord : RegisterControlUser {
 // A wait callback that gives up with the status that its context points at.
 inline HFLSTATUS GiveUpWaiting(wait_event_cb_param* event) {
   return *static_cast<HFLSTATUS*>(event->wait_cb_context);
-}
-
-// Runs `operation` once on registers that `prepare` has given answers, then again for each of its
-// accesses with that one and all later ones failing: it must end there with the failing status.
-// An operation that makes an access after the failed one, a clean-up included, is caught.
-inline void ExpectEveryFailingAccessToEndIt(
-    const std::function<void(ScriptedRegisters&)>& prepare,
-    const std::function<HFLSTATUS(ScriptedRegisters&)>& operation, int at_least) {
-  ScriptedRegisters whole;
-  prepare(whole);
-  operation(whole);
-  ASSERT_GE(whole.accesses, at_least) << whole.trace;
-  for (int position = 1; position <= whole.accesses; ++position) {
-    ScriptedRegisters failing;
-    prepare(failing);
-    failing.fail_from = position;
-    EXPECT_EQ(operation(failing), failing.fail_status) << "access " << position;
-    EXPECT_EQ(failing.accesses, position) << failing.trace;
-  }
 }
 
 }  // namespace vt63x
