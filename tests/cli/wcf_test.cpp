@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "tests/support/program.h"
@@ -57,17 +58,15 @@ TEST(WcfTest, FirstExampleRunsAsTheReadmeShowsIt) {
 
 TEST(WcfTest, ExitCodeIsTheHighestThatApplies) {
   const TempDirectory directory;
-  struct Case {
-    const char* lines;
-    int exit_code;
-  };
-  for (const Case& c : {Case{"GR 37\n", 0}, Case{"RE 37 90\n", 1}, Case{"RF 37 00 01\n", 1},
-                        Case{"FOO\nRE 37 90\n", 4}, Case{"GR\n", 4}, Case{"JMP\n", 4},
-                        Case{"JMP X\n", 4}, Case{"CHB 4800\n", 4}, Case{"SAV\n", 3},
-                        Case{"SAV x\n", 0}, Case{"WIL 1 1\nWIE 1\n", 0}, Case{"", 0}}) {
-    const std::string file = directory.Write("test.wcf", c.lines);
+  using Case = std::tuple<const char*, int>;
+  for (const auto& [lines, exit_code] :
+       {Case{"GR 37\n", 0}, Case{"RE 37 90\n", 1}, Case{"RF 37 00 01\n", 1},
+        Case{"FOO\nRE 37 90\n", 4}, Case{"GR\n", 4}, Case{"JMP\n", 4}, Case{"JMP X\n", 4},
+        Case{"CHB 4800\n", 4}, Case{"SAV\n", 3}, Case{"SAV x\n", 0}, Case{"WIL 1 1\nWIE 1\n", 0},
+        Case{"", 0}}) {
+    const std::string file = directory.Write("test.wcf", lines);
     const ProgramResult result = Wcf({"run", file, "--sim"}, directory.path().string());
-    EXPECT_EQ(result.exit_code, c.exit_code) << c.lines << result.err;
+    EXPECT_EQ(result.exit_code, exit_code) << lines << result.err;
   }
 }
 
@@ -146,19 +145,16 @@ TEST(WcfTest, FilesThatCannotBeReadAreNamedWithCode3) {
 
 TEST(WcfTest, PortsThatCannotBeOpenedAreNamedWithCode3) {
   const TempDirectory directory;
-  struct Case {
-    std::string port;
-    const char* words;
-  };
-  for (const Case& c :
+  using Case = std::tuple<std::string, const char*>;
+  for (const auto& [port, words] :
        {Case{directory.File("missing"), "there is no such port (error 2)"},
         Case{directory.Write("file", "x"),
              "it is no serial port and no rfc2217://host:port (error 87)"},
         Case{"/dev/null", "it is no serial port and no rfc2217://host:port (error 87)"}}) {
-    const ProgramResult result = Wcf({"exec", "GR 37", "--port", c.port});
+    const ProgramResult result = Wcf({"exec", "GR 37", "--port", port});
     EXPECT_EQ(result.exit_code, 3);
     EXPECT_EQ(result.out, "Error opening port - Check and verify (!) settings.\n");
-    EXPECT_NE(result.err.find(c.port + ": " + c.words), std::string::npos) << result.err;
+    EXPECT_NE(result.err.find(port + ": " + words), std::string::npos) << result.err;
   }
 }
 

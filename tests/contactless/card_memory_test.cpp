@@ -46,14 +46,9 @@ const std::string kNak = "04/4:04";
 
 TEST(CardMemoryTest, EveryCommandSendsItsFramesAndJudgesItsAnswers) {
   const std::string sixteen = "000102030405060708090A0B0C0D0E0F";
-  struct Case {
-    std::uint8_t command, length;
-    std::string answers;
-    HFLSTATUS status;
-    std::string frames;
-    std::uint8_t flags;
-  };
-  for (const Case& c : {
+  using Case =
+      std::tuple<std::uint8_t, std::uint8_t, std::string, HFLSTATUS, std::string, std::uint8_t>;
+  for (const auto& [command, length, answers, status, frames, flags] : {
            Case{0x30, 99, kNak, HFL_UNEXPECTED_ANSWER, "3007", 0x04},
            Case{0xA0, 16, kAck + " " + kAck, HFL_SUCCESS, "A007 " + sixteen, 0x02},
            Case{0xA0, 16, kNak, HFL_CARD_REFUSED, "A007", 0x02},
@@ -68,13 +63,13 @@ TEST(CardMemoryTest, EveryCommandSendsItsFramesAndJudgesItsAnswers) {
            Case{0xC1, 4, kAck + " " + kAck, HFL_UNEXPECTED_ANSWER, "C107 00010203", 0x01},
            Case{0xC2, 77, kAck + " -", HFL_SUCCESS, "C207 00000000", 0x01},
        }) {
-    Bench bench(c.answers);
-    SCOPED_TRACE(testing::Message() << std::hex << int{c.command});
-    EXPECT_EQ(bench.Command(c.command, c.length), c.status);
-    EXPECT_EQ(bench.chip.sent, c.frames);
+    Bench bench(answers);
+    SCOPED_TRACE(testing::Message() << std::hex << int{command});
+    EXPECT_EQ(bench.Command(command, length), status);
+    EXPECT_EQ(bench.chip.sent, frames);
     EXPECT_EQ(bench.param.length, 0);
-    EXPECT_EQ(bench.param.answer_flags, c.flags);
-    EXPECT_EQ(bench.param.data, c.command == 0xC2 ? nullptr : bench.data.data());
+    EXPECT_EQ(bench.param.answer_flags, flags);
+    EXPECT_EQ(bench.param.data, command == 0xC2 ? nullptr : bench.data.data());
     EXPECT_EQ(bench.param.self, bench.garbage);
   }
 }
@@ -95,18 +90,15 @@ TEST(CardMemoryTest, ReadDeliversUpToSixteenBytesAndNoMore) {
 }
 
 TEST(CardMemoryTest, WrongLengthsAndUnknownCommandsSendNothing) {
-  struct Case {
-    std::uint8_t command, length;
-    HFLSTATUS status;
-  };
-  for (const Case& c :
+  using Case = std::tuple<std::uint8_t, std::uint8_t, HFLSTATUS>;
+  for (const auto& [command, length, status] :
        {Case{0xA0, 15, HFL_INVALID_PARAMETER}, Case{0xA0, 17, HFL_INVALID_PARAMETER},
         Case{0xA2, 3, HFL_INVALID_PARAMETER}, Case{0xA2, 5, HFL_INVALID_PARAMETER},
         Case{0xC0, 0, HFL_INVALID_PARAMETER}, Case{0xC1, 255, HFL_INVALID_PARAMETER},
         Case{0x00, 4, HFL_UNKNOWN_COMMAND}, Case{0x31, 0, HFL_UNKNOWN_COMMAND},
         Case{0xA1, 4, HFL_UNKNOWN_COMMAND}, Case{0xC3, 4, HFL_UNKNOWN_COMMAND}}) {
     Bench bench("");
-    EXPECT_EQ(bench.Command(c.command, c.length), c.status) << int{c.command};
+    EXPECT_EQ(bench.Command(command, length), status) << int{command};
     EXPECT_EQ(bench.chip.sent, "");
   }
 }
@@ -146,23 +138,17 @@ TEST(CardMemoryTest, OnlyAllowedAnswersAreAccepted) {
 }
 
 TEST(CardMemoryTest, FramesAreLimitedAndNeverEmpty) {
-  struct Case {
-    std::uint8_t command, length;
-    bool has_data;
-    HFLSTATUS status;
-    const char* frames;
-    std::uint8_t length_left;
-  };
-  for (const Case& c :
+  using Case = std::tuple<std::uint8_t, std::uint8_t, bool, HFLSTATUS, const char*, std::uint8_t>;
+  for (const auto& [command, length, has_data, status, frames, length_left] :
        {Case{0x00, 17, true, HFL_OVERFLOW, "", 0}, Case{0xA0, 255, true, HFL_OVERFLOW, "", 0},
         Case{0x00, 0, true, HFL_BUFFER_SIZE, "", 0}, Case{0x00, 4, false, HFL_BUFFER_SIZE, "", 0},
         Case{0x00, 2, true, HFL_CRC_ERROR, "0001", 2},
         Case{0xA2, 3, false, HFL_CRC_ERROR, "A207", 3}}) {
     Bench bench(".:04");
-    if (!c.has_data) bench.param.data = nullptr;
-    EXPECT_EQ(bench.Exchange(c.command, c.length, 0x07), c.status);
-    EXPECT_EQ(bench.chip.sent, c.frames);
-    EXPECT_EQ(bench.param.length, c.length_left);
+    if (!has_data) bench.param.data = nullptr;
+    EXPECT_EQ(bench.Exchange(command, length, 0x07), status);
+    EXPECT_EQ(bench.chip.sent, frames);
+    EXPECT_EQ(bench.param.length, length_left);
   }
 }
 

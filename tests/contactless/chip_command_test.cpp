@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "contactless/command_run.h"
 #include "tests/contactless/scripted_registers.h"
 
@@ -55,12 +57,7 @@ TEST(ChipCommandTest, TransceiveOfOneByteMakesExactlyTheseAccesses) {
 }
 
 TEST(ChipCommandTest, EveryCommandEnablesAndAwaitsItsOwnBits) {
-  struct Case {
-    std::uint8_t code;
-    Bytes send;
-    const char* answer;
-    std::string trace;
-  };
+  using Case = std::tuple<std::uint8_t, Bytes, const char*, std::string>;
   const Case cases[] = {
       {0x04,
        {0x11},
@@ -83,14 +80,14 @@ TEST(ChipCommandTest, EveryCommandEnablesAndAwaitsItsOwnBits) {
        "G01 S01=30 S04=11 S05=00 S0A=80 G02 S02=13 G03 S03=00 W09=60 G01 S01=3E "
        "G04 G05 M02-13 M03-00 S04=10 S05=00 S0A=80 S04=01"},
   };
-  for (const Case& c : cases) {
-    Bench bench(c.code, c.send, 0);
+  for (const auto& [code, send, answer, trace] : cases) {
+    Bench bench(code, send, 0);
     bench.param.clear_switch = 0;
     bench.chip.registers[0x01] = 0x3C;
-    bench.chip.Answer(c.answer);
+    bench.chip.Answer(answer);
     EXPECT_EQ(bench.Run(), HFL_SUCCESS);
     EXPECT_EQ(bench.param.spare, 0x77);
-    EXPECT_EQ(bench.chip.trace, c.trace);
+    EXPECT_EQ(bench.chip.trace, trace);
   }
 }
 
@@ -116,27 +113,20 @@ TEST(ChipCommandTest, TimerExpiryReadsNoAnswerEvenWhenSomethingArrived) {
 
 // How many bytes the chip claims, how many bits of the last, and what there is room for.
 TEST(ChipCommandTest, AnswerNeverLeavesTheReceiveBufferAndCountsCompleteBytes) {
-  struct Case {
-    std::uint8_t level;
-    std::uint8_t control;
-    std::uint16_t capacity;
-    HFLSTATUS status;
-    std::uint16_t length;
-    int bytes_delivered;
-  };
-  for (const Case& c :
+  using Case = std::tuple<std::uint8_t, std::uint8_t, std::uint16_t, HFLSTATUS, std::uint16_t, int>;
+  for (const auto& [level, control, capacity, status, length, bytes_delivered] :
        {Case{5, 0xF8, 5, HFL_SUCCESS, 5, 5}, Case{5, 0x03, 16, HFL_SUCCESS, 4, 5},
         Case{18, 0x07, 16, HFL_BUFFER_SIZE, 15, 16}, Case{255, 0, 5, HFL_BUFFER_SIZE, 5, 5},
         Case{255, 0, 255, HFL_SUCCESS, 255, 255}, Case{1, 0x04, 0, HFL_BUFFER_SIZE, 0, 0},
         Case{0, 0x05, 2, HFL_SUCCESS, 0, 0}, Case{0, 0, 0, HFL_SUCCESS, 0, 0}}) {
-    Bench bench(0x0C, {0x26}, c.capacity);
-    bench.chip.Answer(HexOf(Bytes(c.level, 0x5C)) + "/" + HexOf({c.control}));
-    Bytes expected(c.capacity + 4u, kUntouched);
-    std::fill_n(expected.begin(), c.bytes_delivered, std::uint8_t{0x5C});
-    SCOPED_TRACE(testing::Message() << int{c.level} << " bytes into " << c.capacity);
-    EXPECT_EQ(bench.Run(), c.status);
-    EXPECT_EQ(bench.param.receive_length, c.length);
-    EXPECT_EQ(bench.param.receive_last_bits, c.control & 0x07);
+    Bench bench(0x0C, {0x26}, capacity);
+    bench.chip.Answer(HexOf(Bytes(level, 0x5C)) + "/" + HexOf({control}));
+    Bytes expected(capacity + 4u, kUntouched);
+    std::fill_n(expected.begin(), bytes_delivered, std::uint8_t{0x5C});
+    SCOPED_TRACE(testing::Message() << int{level} << " bytes into " << capacity);
+    EXPECT_EQ(bench.Run(), status);
+    EXPECT_EQ(bench.param.receive_length, length);
+    EXPECT_EQ(bench.param.receive_last_bits, control & 0x07);
     EXPECT_EQ(bench.received, expected);
   }
 }
@@ -193,25 +183,19 @@ TEST(ChipCommandTest, EveryErrorValueHasItsStatusAndDeliversTheAnswer) {
 }
 
 TEST(ChipCommandTest, OnlyOneByteOfFourOrEightBitsIsAShortAnswer) {
-  struct Case {
-    const char* answer;
-    std::uint16_t capacity;
-    HFLSTATUS status;
-    std::uint16_t length;
-    int taken_alone;
-  };
-  for (const Case& c :
+  using Case = std::tuple<const char*, std::uint16_t, HFLSTATUS, std::uint16_t, int>;
+  for (const auto& [answer, capacity, status, length, taken_alone] :
        {Case{"0A/4:04", 1, HFL_SHORT_ANSWER, 1, 1}, Case{"0A/0:04", 1, HFL_SHORT_ANSWER, 1, 1},
         Case{"0A/3:04", 1, HFL_CRC_ERROR, 0, 0}, Case{"0A/5:04", 1, HFL_CRC_ERROR, 0, 0},
         Case{"0A0A/4:04", 2, HFL_CRC_ERROR, 1, 0}, Case{"./4:04", 1, HFL_CRC_ERROR, 0, 0},
         Case{"0A/4:04", 0, HFL_BUFFER_SIZE, 0, 0}}) {
-    Bench bench(0x0C, {0x30}, c.capacity);
-    bench.chip.Answer(c.answer);
-    SCOPED_TRACE(c.answer);
-    EXPECT_EQ(bench.Run(), c.status);
-    EXPECT_EQ(bench.param.receive_length, c.length);
-    EXPECT_EQ(CountOf(bench.chip.trace, "G09"), c.taken_alone);
-    EXPECT_EQ(bench.received[c.capacity], kUntouched);
+    Bench bench(0x0C, {0x30}, capacity);
+    bench.chip.Answer(answer);
+    SCOPED_TRACE(answer);
+    EXPECT_EQ(bench.Run(), status);
+    EXPECT_EQ(bench.param.receive_length, length);
+    EXPECT_EQ(CountOf(bench.chip.trace, "G09"), taken_alone);
+    EXPECT_EQ(bench.received[capacity], kUntouched);
   }
 }
 
@@ -249,19 +233,15 @@ TEST(ChipCommandTest, AnswerAtTheLastLookCountsAndOneLookLaterItIsSilenceAndClea
 }
 
 TEST(ChipCommandTest, CommandWithoutAwaitedBitsEndsAtTheChipsReportOrShortlyAfter) {
-  struct Case {
-    std::uint8_t code;
-    std::uint8_t coprocessor_status;
-    const char* wait;
-  };
+  using Case = std::tuple<std::uint8_t, std::uint8_t, const char*>;
   tick = kUnreportedEndLimit / 2;
-  for (const Case& c :
+  for (const auto& [code, coprocessor_status, wait] :
        {Case{0x00, 0x00, "S01=00 G01 M02-00"}, Case{0x03, 0x20, "S01=03 G01 G07 M02-00"},
         Case{0x0F, 0x00, "S01=0F G01 G07 G01 G07 M02-00"}}) {
-    Bench bench(c.code, {0x01}, 0);
-    bench.chip.registers[0x07] = c.coprocessor_status;
+    Bench bench(code, {0x01}, 0);
+    bench.chip.registers[0x07] = coprocessor_status;
     EXPECT_EQ(RunSingleCommand(&bench.param, TickingClock).status, HFL_SUCCESS);
-    EXPECT_EQ(CountOf(bench.chip.trace, c.wait), 1) << bench.chip.trace;
+    EXPECT_EQ(CountOf(bench.chip.trace, wait), 1) << bench.chip.trace;
   }
 }
 

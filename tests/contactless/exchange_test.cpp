@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "tests/contactless/scripted_registers.h"
 
 namespace vt63x {
@@ -18,25 +20,21 @@ struct Bench {
 };
 
 TEST(ExchangeTest, TransceiveReportsLengthAndBitsWhateverTheStatus) {
-  struct Case {
-    const char* answer;
-    HFLSTATUS status;
-    std::uint16_t length, last_bits;
-    Bytes received;
-  };
-  for (const Case& c : {Case{"010203", HFL_SUCCESS, 3, 0, {1, 2, 3}},
-                        Case{"0102/3:08", HFL_COLLISION, 1, 3, {1, 2}},
-                        Case{"0A/4:04", HFL_SHORT_ANSWER, 1, 4, {0x0A}},
-                        Case{"-", HFL_NO_ANSWER, 0, 0, {0x60, 4}}}) {
+  using Case = std::tuple<const char*, HFLSTATUS, std::uint16_t, std::uint16_t, Bytes>;
+  for (const auto& [answer, status, length, last_bits, received] :
+       {Case{"010203", HFL_SUCCESS, 3, 0, {1, 2, 3}},
+        Case{"0102/3:08", HFL_COLLISION, 1, 3, {1, 2}},
+        Case{"0A/4:04", HFL_SHORT_ANSWER, 1, 4, {0x0A}},
+        Case{"-", HFL_NO_ANSWER, 0, 0, {0x60, 4}}}) {
     Bench bench;
-    bench.chip.Answer(c.answer);
+    bench.chip.Answer(answer);
     transceive_param param{bench.bytes, 2, bench.bytes, 16, 0x55, bench.garbage};
-    EXPECT_EQ(bench.exchange.Transceive(&param), c.status);
+    EXPECT_EQ(bench.exchange.Transceive(&param), status);
     EXPECT_EQ(bench.chip.sent, "6004");
-    EXPECT_EQ(param.receive_length, c.length);
-    EXPECT_EQ(param.receive_last_bits, c.last_bits);
+    EXPECT_EQ(param.receive_length, length);
+    EXPECT_EQ(param.receive_last_bits, last_bits);
     EXPECT_EQ(param.self, bench.garbage);
-    EXPECT_EQ(Bytes(bench.bytes, bench.bytes + c.received.size()), c.received);
+    EXPECT_EQ(Bytes(bench.bytes, bench.bytes + received.size()), received);
   }
 }
 
@@ -57,23 +55,19 @@ TEST(ExchangeTest, TransmitSendsAndReceiveOnlyListens) {
 }
 
 TEST(ExchangeTest, AuthenticationNeedsTwelveBytesAndTheCryptoBitAfterwards) {
-  struct Case {
-    std::uint16_t length;
-    std::uint8_t crypto;  // register 0x08
-    const char* answer;
-    HFLSTATUS status;
-  };
-  for (const Case& c :
+  // `crypto`: register 0x08
+  using Case = std::tuple<std::uint16_t, std::uint8_t, const char*, HFLSTATUS>;
+  for (const auto& [length, crypto, answer, status] :
        {Case{0, 0x08, ".@10", HFL_INVALID_PARAMETER}, Case{11, 0x08, ".@10", HFL_INVALID_PARAMETER},
         Case{13, 0x08, ".@10", HFL_INVALID_PARAMETER}, Case{12, 0x08, ".@10", HFL_SUCCESS},
         Case{12, 0xF7, ".@10", HFL_AUTHENTICATION_FAILED}, Case{12, 0x08, "-", HFL_NO_ANSWER}}) {
     Bench bench;
-    bench.chip.registers[0x08] = c.crypto;
-    bench.chip.Answer(c.answer);
-    transmit_param param{bench.bytes, c.length, bench.garbage};
-    EXPECT_EQ(bench.exchange.Authenticate(&param), c.status);
-    EXPECT_EQ(bench.chip.sent, c.length == 12 ? "600400000000000000000000" : "");
-    EXPECT_EQ(bench.chip.trace.ends_with("S04=01 G08"), c.length == 12 && *c.answer == '.');
+    bench.chip.registers[0x08] = crypto;
+    bench.chip.Answer(answer);
+    transmit_param param{bench.bytes, length, bench.garbage};
+    EXPECT_EQ(bench.exchange.Authenticate(&param), status);
+    EXPECT_EQ(bench.chip.sent, length == 12 ? "600400000000000000000000" : "");
+    EXPECT_EQ(bench.chip.trace.ends_with("S04=01 G08"), length == 12 && *answer == '.');
     EXPECT_EQ(param.self, bench.garbage);
   }
 }

@@ -202,15 +202,10 @@ TEST(Iso14443ATest, ImpossibleAnswersEndTheLevelWithoutASelect) {
 }
 
 TEST(Iso14443ATest, CascadeBitLeadsThroughTheLevelsAndAFailureKeepsThoseCompleted) {
-  struct Case {
-    std::uint8_t known;
-    std::string answers;
-    HFLSTATUS status;
-    std::string sent;
-    std::uint8_t bit_count, sak;
-  };
+  using Case =
+      std::tuple<std::uint8_t, std::string, HFLSTATUS, std::string, std::uint8_t, std::uint8_t>;
   const std::string& u = kAnswer;
-  for (const Case& c : {
+  for (const auto& [known, answers, status, sent, bit_count, sak] : {
            Case{0, u + " 20", HFL_SUCCESS, Levels(1, 1), 32, 0x20},
            Case{0, u + " 04 " + u + " 20", HFL_SUCCESS, Levels(1, 2), 64, 0x20},
            Case{0, u + " 04 " + u + " 24 " + u + " 00", HFL_SUCCESS, Levels(1, 3), 96, 0x00},
@@ -223,13 +218,13 @@ TEST(Iso14443ATest, CascadeBitLeadsThroughTheLevelsAndAFailureKeepsThoseComplete
            Case{32, "04 " + u + " 00", HFL_SUCCESS, "9370" + u + " " + Levels(2, 2), 64, 0x00},
        }) {
     Bench bench;
-    if (c.known != 0) std::ranges::copy(kUid, bench.uid.begin());
-    bench.chip.Answer(c.answers);
-    EXPECT_EQ(bench.Activate(c.known), c.status) << c.answers;
-    EXPECT_EQ(bench.chip.sent, c.sent);
-    EXPECT_EQ(bench.param.bit_count, c.bit_count) << c.answers;
-    EXPECT_EQ(bench.param.sak, c.sak) << c.answers;
-    EXPECT_TRUE(c.status != HFL_SUCCESS || bench.uid[c.bit_count / 8] == 0xA7) << c.answers;
+    if (known != 0) std::ranges::copy(kUid, bench.uid.begin());
+    bench.chip.Answer(answers);
+    EXPECT_EQ(bench.Activate(known), status) << answers;
+    EXPECT_EQ(bench.chip.sent, sent);
+    EXPECT_EQ(bench.param.bit_count, bit_count) << answers;
+    EXPECT_EQ(bench.param.sak, sak) << answers;
+    EXPECT_TRUE(status != HFL_SUCCESS || bench.uid[bit_count / 8] == 0xA7) << answers;
   }
 }
 

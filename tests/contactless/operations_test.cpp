@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "contactless/card_memory.h"
 #include "contactless/iso14443a.h"
 #include "contactless/operation_control.h"
@@ -84,12 +86,9 @@ struct Stack {
 
 // An operation that makes an access after the failed one, a clean-up included, is caught.
 TEST(OperationsTest, AnyFailingAccessEndsThemWithItsStatus) {
-  struct Case {
-    HFLSTATUS (*operation)(Stack&);
-    std::string answers;
-    int at_least;  // accesses
-  };
-  for (const Case& c : {
+  // `at_least`: accesses
+  using Case = std::tuple<HFLSTATUS (*)(Stack&), std::string, int>;
+  for (const auto& [operation, answers, at_least] : {
            Case{[](Stack& s) { return s.Command(0x0C, 2, 2); }, "0A/4:04", 24},
            Case{[](Stack& s) { return s.Command(0x0C, 2, 2); }, "0102/3:08", 24},
            Case{[](Stack& s) { return s.Command(0x0C, 2, 2); }, "-", 18},
@@ -112,14 +111,14 @@ TEST(OperationsTest, AnyFailingAccessEndsThemWithItsStatus) {
            Case{[](Stack& s) { return s.Card(0xC2, 0); }, "0A/4:04 -", 40},
        }) {
     Stack whole;
-    whole.chip.Answer(c.answers);
-    c.operation(whole);
-    ASSERT_GE(whole.chip.accesses, c.at_least) << whole.chip.trace;
+    whole.chip.Answer(answers);
+    operation(whole);
+    ASSERT_GE(whole.chip.accesses, at_least) << whole.chip.trace;
     for (int position = 1; position <= whole.chip.accesses; ++position) {
       Stack failing;
-      failing.chip.Answer(c.answers);
+      failing.chip.Answer(answers);
       failing.chip.fail_from = position;
-      EXPECT_EQ(c.operation(failing), failing.chip.fail_status) << "access " << position;
+      EXPECT_EQ(operation(failing), failing.chip.fail_status) << "access " << position;
       EXPECT_EQ(failing.chip.accesses, position) << failing.chip.trace;
     }
   }

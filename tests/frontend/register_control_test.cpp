@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <tuple>
 #include <vector>
 
 namespace vt63x {
@@ -90,17 +91,15 @@ TEST_F(RegisterControlTest, MissingEchoIsNotFollowedByFurtherReads) {
 }
 
 TEST_F(RegisterControlTest, ModifySetsOrClearsTheMaskAndAlwaysWritesBack) {
-  struct Case {
-    std::uint8_t old_value, mask, set, new_value;
-  };
-  for (const Case& c :
+  using Case = std::tuple<std::uint8_t, std::uint8_t, std::uint8_t, std::uint8_t>;
+  for (const auto& [old_value, mask, set, new_value] :
        {Case{0x3F, 0x20, 0, 0x1F}, Case{0x80, 0x03, 1, 0x83}, Case{0x10, 0x10, 0xFF, 0x10},
         Case{0x5A, 0x00, 1, 0x5A}, Case{0xFF, 0xFF, 0, 0x00}}) {
     bus.sent.clear();
-    bus.answers = {c.old_value, 0x01};
-    modify_param param{0x01, c.mask, c.set, garbage};
+    bus.answers = {old_value, 0x01};
+    modify_param param{0x01, mask, set, garbage};
     EXPECT_EQ(registers.ModifyRegister(&param), HFL_SUCCESS);
-    EXPECT_EQ(bus.sent, Bytes({0x81, 0x01, c.new_value}));
+    EXPECT_EQ(bus.sent, Bytes({0x81, 0x01, new_value}));
     EXPECT_EQ(param.self, garbage);
   }
 }

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <future>
+#include <tuple>
 
 #include "overlapped_call.h"
 #include "scripted_line.h"
@@ -40,12 +41,7 @@ class CommEvent : public testing::Test {
   OverlappedCall call;
 };
 
-struct EdgeCase {
-  const char* name;
-  RingState before;
-  RingState now;
-  bool edge;
-};
+using EdgeCase = std::tuple<const char*, RingState, RingState, bool>;
 
 const EdgeCase kEdges[] = {
     {"pulse between two looks", {true, 7, false}, {true, 8, false}, true},
@@ -57,15 +53,15 @@ const EdgeCase kEdges[] = {
 };
 
 TEST_F(CommEvent, EdgeSinceTheMaskWasSetIsReportedAtOnceAndOnce) {
-  for (const EdgeCase& c : kEdges) {
-    SCOPED_TRACE(c.name);
-    SetRing(c.before);
+  for (const auto& [name, before, now, edge] : kEdges) {
+    SCOPED_TRACE(name);
+    SetRing(before);
     ASSERT_EQ(SetCommMask(port.handle, EV_RING), TRUE);
-    SetRing(c.now);
+    SetRing(now);
     events = 0;
-    EXPECT_EQ(Begin(), c.edge ? ERROR_SUCCESS : ERROR_IO_PENDING);
-    EXPECT_EQ(events, c.edge ? EV_RING : 0);
-    EXPECT_EQ(Begin(), c.edge ? ERROR_IO_PENDING : ERROR_BUSY);  // the edge is used up
+    EXPECT_EQ(Begin(), edge ? ERROR_SUCCESS : ERROR_IO_PENDING);
+    EXPECT_EQ(events, edge ? EV_RING : 0);
+    EXPECT_EQ(Begin(), edge ? ERROR_IO_PENDING : ERROR_BUSY);  // the edge is used up
     EXPECT_EQ(SetCommMask(port.handle, 0), TRUE);
   }
 }

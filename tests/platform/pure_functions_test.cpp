@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstring>
+#include <tuple>
 
 #include "overlapped_call.h"
 #include "platform/kernel/errno_map.h"
@@ -43,12 +44,8 @@ TEST(ErrnoMap, DeviceThatDoesNotAnswerIsAbsentAtOpeningAndGoneInUse) {
 }
 
 TEST(TimeoutPlan, ReadFormsAndTheirNeighbours) {
-  struct Case {
-    DWORD interval, multiplier, constant;
-    bool supported;
-    DWORD wanted;  // for a read of 3 bytes
-    std::int64_t limit_ms;
-  };
+  // `wanted`: for a read of 3 bytes
+  using Case = std::tuple<DWORD, DWORD, DWORD, bool, DWORD, std::int64_t>;
   constexpr std::int64_t kNone = -1;
   const Case cases[] = {
       {MAXDWORD, 0, 0, true, 0, 0},
@@ -63,14 +60,14 @@ TEST(TimeoutPlan, ReadFormsAndTheirNeighbours) {
       {1, 0, 0, false, 0, 0},
       {MAXDWORD - 1, MAXDWORD, 500, false, 0, 0},
   };
-  for (const Case& c : cases) {
-    const COMMTIMEOUTS timeouts{c.interval, c.multiplier, c.constant, 0, 0};
-    SCOPED_TRACE(testing::Message() << c.interval << " " << c.multiplier << " " << c.constant);
-    EXPECT_EQ(IsSupported(timeouts), c.supported);
-    if (!c.supported) continue;
+  for (const auto& [interval, multiplier, constant, supported, wanted, limit_ms] : cases) {
+    const COMMTIMEOUTS timeouts{interval, multiplier, constant, 0, 0};
+    SCOPED_TRACE(testing::Message() << interval << " " << multiplier << " " << constant);
+    EXPECT_EQ(IsSupported(timeouts), supported);
+    if (!supported) continue;
     const TransferPlan plan = PlanRead(timeouts, 3);
-    EXPECT_EQ(plan.wanted, c.wanted);
-    EXPECT_EQ(plan.limit ? plan.limit->count() : kNone, c.limit_ms);
+    EXPECT_EQ(plan.wanted, wanted);
+    EXPECT_EQ(plan.limit ? plan.limit->count() : kNone, limit_ms);
     EXPECT_EQ(PlanRead(timeouts, 0).wanted, 0u);
   }
 }

@@ -275,14 +275,6 @@ TEST(RemoteTransfer, EveryByteGoesThereAndComesBack) {
   EXPECT_EQ(port.Read(bytes.size()), bytes);
 }
 
-TEST(RemoteTransfer, ReadEndsAtItsTimeOut) {
-  Server server;
-  const RemotePort port(server.name(), 30);
-  const ReadOutcome nothing = ReadPort(port.handle, 1);
-  EXPECT_EQ(nothing.error, ERROR_SUCCESS);
-  EXPECT_EQ(nothing.data, "");
-}
-
 TEST(RemoteSettings, RateIsTheServersWord) {
   Server server;
   server.rate = [](std::uint32_t asked) -> std::uint32_t {

@@ -115,15 +115,5 @@ TEST(TtySettings, EveryRateReachesTheLineAndLeavesTheDriversTimeOut) {
   CloseHandle(port);
 }
 
-TEST(TtySettings, LineWithoutModemLinesReadsAsOff) {
-  PseudoTerminal line;
-  const HANDLE port = OpenPort();
-  DWORD status = 0xDEADBEEF;
-  EXPECT_EQ(GetCommModemStatus(port, &status), TRUE);
-  EXPECT_EQ(status, 0u);
-  EXPECT_EQ(SetCommMask(port, EV_RING), TRUE);
-  CloseHandle(port);
-}
-
 }  // namespace
 }  // namespace vt63x

@@ -88,27 +88,6 @@ TEST_F(TtyTransfer, ReadForAllBytesCollectsPiecesAndGivesUpWithWhatItHas) {
   EXPECT_GE(watch.ms(), 130);
 }
 
-TEST_F(TtyTransfer, WaitThatEndsBeforeTheReadLosesNothing) {
-  OverlappedCall call;
-  char byte = 0;
-  EXPECT_EQ(ErrorOf(ReadFile(port, &byte, 1, nullptr, &call.record)), ERROR_IO_PENDING);
-  EXPECT_EQ(call.Wait(0), WAIT_TIMEOUT);
-  EXPECT_EQ(call.Wait(10), WAIT_TIMEOUT);
-  EXPECT_EQ(call.Result(port), ERROR_IO_INCOMPLETE);
-  line.Send("x");
-  EXPECT_EQ(call.Result(port, TRUE), ERROR_SUCCESS);
-  EXPECT_EQ(call.bytes, 1u);
-  EXPECT_EQ(byte, 'x');
-  EXPECT_EQ(call.Wait(0), WAIT_OBJECT_0);
-}
-
-TEST_F(TtyTransfer, PurgeThrowsAwayWhatArrived) {
-  line.Send("stale");
-  EXPECT_EQ(PurgeComm(port, PURGE_RXCLEAR | PURGE_TXCLEAR), TRUE);
-  line.Send("n");
-  EXPECT_EQ(ReadPort(port, 10).data, "n");
-}
-
 TEST_F(TtyTransfer, WriteThatDoesNotFitGoesOnWhenTheLineTakesMore) {
   const std::string sent(60'000, 'z');
   std::future<DWORD> write = std::async(std::launch::async, [&] { return WritePort(port, sent); });

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <tuple>
 
 namespace vt63x::rfc2217 {
 namespace {
@@ -41,10 +42,7 @@ std::string Decoded(const std::string& wire) {
 }
 
 TEST(TelnetTest, WireBytesMeanWhatTheStandardsSay) {
-  struct Case {
-    std::string wire;
-    std::string meaning;
-  };
+  using Case = std::tuple<std::string, std::string>;
   const Case cases[] = {
       {"plain", "plain"},
       {std::string("\0\r\n\x7f\xfe", 5), std::string("\0\r\n\x7f\xfe", 5)},
@@ -62,8 +60,8 @@ TEST(TelnetTest, WireBytesMeanWhatTheStandardsSay) {
       {"\xff\xfa\x2c\x05\x01\xff\x07q", "q"},  // a text that another command ends
       {"\xff\xfa\x2c\x01never ended", ""},
   };
-  for (const Case& c : cases)
-    EXPECT_EQ(Decoded(c.wire), c.meaning) << testing::PrintToString(c.wire);
+  for (const auto& [wire, meaning] : cases)
+    EXPECT_EQ(Decoded(wire), meaning) << testing::PrintToString(wire);
 }
 
 TEST(TelnetTest, TextThatIsTooLongIsLeftOutAndTheNextIsNot) {

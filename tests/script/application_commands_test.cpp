@@ -5,6 +5,7 @@
 #include <chrono>
 #include <filesystem>
 #include <string>
+#include <tuple>
 
 #include "script/interpreter.h"
 #include "tests/support/program_state.h"
@@ -34,19 +35,16 @@ TEST_F(ApplicationCommandsTest, BitRateIsShownAfterItsLineOrRefused) {
   EXPECT_EQ(program.state.baudrate_index, 0);
 
   const std::size_t shown = program.view.bit_rates.size();
-  struct Case {
-    const char* line;
-    const char* log;
-  };
-  for (const Case& c :
+  using Case = std::tuple<const char*, const char*>;
+  for (const auto& [line, log] :
        {Case{"CHB 4800", "//CHB: Error: Unsupported Baudrate - 4800"},
         Case{"CHB", "//CHB: Error: Unsupported Baudrate - 0"},
         Case{"CHB 9601", "//CHB: Error: Unsupported Baudrate - 9601"},
         Case{"CHB 99999999999", "//CHB: Error: Unsupported Baudrate - 2147483647"}}) {
     parser.IOE = 0;
-    EXPECT_EQ(Run(c.line), LINE_OK);
+    EXPECT_EQ(Run(line), LINE_OK);
     EXPECT_EQ(parser.IOE, 1);
-    EXPECT_EQ(program.last_line(), c.log);
+    EXPECT_EQ(program.last_line(), log);
   }
   EXPECT_EQ(program.view.bit_rates.size(), shown);
 }
@@ -65,19 +63,17 @@ TEST_F(ApplicationCommandsTest, SleepTakesTheLow16Bits) {
 }
 
 TEST_F(ApplicationCommandsTest, WaitsOnAClosedPortTimeOutAndSayWhatTheyWaitedFor) {
-  struct Case {
-    const char* line;
-    const char* log;
-  };
-  for (const Case& c : {Case{"WIE 20", "WIE 20       // Timeout = 20 (Result: 0)"},
-                        Case{"WIE 65541", "WIE 5       // Timeout = 5 (Result: 0)"},
-                        Case{"WIL 1 5", "WIL 1 5    // Level = 1, Timeout = 5 (Result: 0)"},
-                        Case{"WIL 5 5", "WIL 1 5    // Level = 1, Timeout = 5 (Result: 0)"},
-                        Case{"WIL 256 5", "WIL 0 5    // Level = 0, Timeout = 5 (Result: 1)"},
-                        Case{"WIL 2 0", "WIL 1 0    // Level = 1, Timeout = 0 (Result: 0)"},
-                        Case{"WIL", "WIL 0 0    // Level = 0, Timeout = 0 (Result: 0)"}}) {
-    EXPECT_EQ(Run(c.line), LINE_OK) << c.line;
-    EXPECT_EQ(program.last_line(), c.log);
+  using Case = std::tuple<const char*, const char*>;
+  for (const auto& [line, log] :
+       {Case{"WIE 20", "WIE 20       // Timeout = 20 (Result: 0)"},
+        Case{"WIE 65541", "WIE 5       // Timeout = 5 (Result: 0)"},
+        Case{"WIL 1 5", "WIL 1 5    // Level = 1, Timeout = 5 (Result: 0)"},
+        Case{"WIL 5 5", "WIL 1 5    // Level = 1, Timeout = 5 (Result: 0)"},
+        Case{"WIL 256 5", "WIL 0 5    // Level = 0, Timeout = 5 (Result: 1)"},
+        Case{"WIL 2 0", "WIL 1 0    // Level = 1, Timeout = 0 (Result: 0)"},
+        Case{"WIL", "WIL 0 0    // Level = 0, Timeout = 0 (Result: 0)"}}) {
+    EXPECT_EQ(Run(line), LINE_OK) << line;
+    EXPECT_EQ(program.last_line(), log);
   }
 }
 

@@ -16,31 +16,26 @@ std::vector<std::string> Entries(const AppState& state) {
   return entries;
 }
 
-TEST(CommandHistoryTest, EmptyHistoryHasNothingToShow) {
-  AppState state;
-  EXPECT_EQ(HistoryBack(state), nullptr);
-  EXPECT_EQ(HistoryBack(state), nullptr);
-  EXPECT_EQ(HistoryForward(state), nullptr);
-}
-
-TEST(CommandHistoryTest, BackStartsAtTheLastLineAndGoesRound) {
-  AppState state;
-  for (const char* line : {"SR 01 02", "GR 01", "GR 02"}) HistoryStore(state, line);
+TEST(CommandHistoryTest, StepsBackAndForwardGoRound) {
+  AppState empty;
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(HistoryBack(empty), nullptr);
+  EXPECT_EQ(HistoryForward(empty), nullptr);
+  AppState back;
+  AppState forward;
+  for (const char* line : {"SR 01 02", "GR 01", "GR 02"}) {
+    HistoryStore(back, line);
+    HistoryStore(forward, line);
+  }
   for (const char* shown : {"GR 02", "GR 01", "SR 01 02", "GR 02", "GR 01"}) {
-    EXPECT_STREQ(HistoryBack(state), shown);
+    EXPECT_STREQ(HistoryBack(back), shown);
   }
-}
-
-TEST(CommandHistoryTest, ForwardRightAfterALineShowsTheOldest) {
-  AppState state;
-  for (const char* line : {"SR 01 02", "GR 01", "GR 02"}) HistoryStore(state, line);
   for (const char* shown : {"SR 01 02", "GR 01", "GR 02", "SR 01 02"}) {
-    EXPECT_STREQ(HistoryForward(state), shown);
+    EXPECT_STREQ(HistoryForward(forward), shown);
   }
-  EXPECT_STREQ(HistoryBack(state), "GR 02");
+  EXPECT_STREQ(HistoryBack(forward), "GR 02");
   // After Escape the first step back shows again what was shown last.
-  state.history_browse = 0;
-  EXPECT_STREQ(HistoryBack(state), "GR 02");
+  forward.history_browse = 0;
+  EXPECT_STREQ(HistoryBack(forward), "GR 02");
 }
 
 TEST(CommandHistoryTest, EqualLineMovesToTheEnd) {

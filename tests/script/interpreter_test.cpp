@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "frontend/register_control.h"
@@ -40,11 +41,7 @@ class InterpreterTest : public testing::Test {
 constexpr char kOperandError[] = "Error: Invalid numeric format / parameter identifier.\r\n";
 
 TEST_F(InterpreterTest, EveryLineGivesItsResultAndItsLog) {
-  struct Case {
-    const char* line;
-    int result;
-    std::string log;
-  };
+  using Case = std::tuple<const char*, int, std::string>;
   const Case cases[] = {
       {"sr 1 2", LINE_OK, "SR  01  02                     // (Status: 0x0000)\r\n"},
       {"SR 01 02 // enable", LINE_OK, "SR  01  02                     // (Status: 0x0000)\r\n"},
@@ -97,9 +94,9 @@ TEST_F(InterpreterTest, EveryLineGivesItsResultAndItsLog) {
       {"MOV 5A ML0", LINE_OK, ""},
       {"INC 12", LINE_OK, ""},
   };
-  for (const Case& c : cases) {
-    EXPECT_EQ(Run(c.line), c.result) << c.line;
-    EXPECT_EQ(program.log(), c.log) << c.line;
+  for (const auto& [line, result, log] : cases) {
+    EXPECT_EQ(Run(line), result) << line;
+    EXPECT_EQ(program.log(), log) << line;
   }
 }
 

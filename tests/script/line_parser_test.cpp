@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "shell/state/log.h"
@@ -34,10 +35,7 @@ TEST(TokenTest, ExactlyTheTokenCharactersBelongToTokens) {
 
 TEST(TokenTest, LinesFallIntoTokens) {
   const std::string run31(31, 'A');
-  struct Case {
-    std::string line;
-    std::vector<std::string> tokens;
-  };
+  using Case = std::tuple<std::string, std::vector<std::string>>;
   const Case cases[] = {
       {"", {}},
       {" \t  ", {}},
@@ -57,7 +55,7 @@ TEST(TokenTest, LinesFallIntoTokens) {
       {run31 + " B", {run31, "B"}},
       {run31 + "ZZZZZZZZZ B", {run31, "B"}},
   };
-  for (const Case& c : cases) EXPECT_EQ(Tokens(c.line), c.tokens) << c.line;
+  for (const auto& [line, tokens] : cases) EXPECT_EQ(Tokens(line), tokens) << line;
 }
 
 TEST(TokenTest, TokenBufferIsClearedBehindTheToken) {
@@ -77,19 +75,17 @@ class OperandTest : public testing::Test {
 };
 
 TEST_F(OperandTest, NumbersAreHexadecimalAndKeepTheirLowByte) {
-  struct Case {
-    const char* token;
-    int value;
-  };
-  for (const Case& c : {Case{"5A", 0x5A}, Case{"1FF", 0xFF}, Case{"ABC", 0xBC}, Case{"0X2A", 0x2A},
-                        Case{"0x2a", 0x2A}, Case{"1G", 0x01}, Case{"0XG", 0x00}, Case{"0X", 0x00},
-                        Case{"0", 0x00}, Case{"7FFFFF12", 0x12}, Case{"7FFFFFFF", 0xFF},
-                        Case{"80000000", 0xFF}, Case{"FFFFFF00", 0xFF}, Case{"100000000", 0xFF},
-                        Case{"0000000000000000000000000000012", 0x12}}) {
+  using Case = std::tuple<const char*, int>;
+  for (const auto& [token, value] :
+       {Case{"5A", 0x5A}, Case{"1FF", 0xFF}, Case{"ABC", 0xBC}, Case{"0X2A", 0x2A},
+        Case{"0x2a", 0x2A}, Case{"1G", 0x01}, Case{"0XG", 0x00}, Case{"0X", 0x00}, Case{"0", 0x00},
+        Case{"7FFFFF12", 0x12}, Case{"7FFFFFFF", 0xFF}, Case{"80000000", 0xFF},
+        Case{"FFFFFF00", 0xFF}, Case{"100000000", 0xFF},
+        Case{"0000000000000000000000000000012", 0x12}}) {
     for (int position = 1; position <= 3; ++position) {
-      std::uint8_t& cell = ResolveOperand(parser, c.token, position);
-      EXPECT_EQ(&cell, &parser.scratch[position - 1]) << c.token;
-      EXPECT_EQ(cell, c.value) << c.token;
+      std::uint8_t& cell = ResolveOperand(parser, token, position);
+      EXPECT_EQ(&cell, &parser.scratch[position - 1]) << token;
+      EXPECT_EQ(cell, value) << token;
     }
   }
   EXPECT_EQ(parser.error, 0);
@@ -119,15 +115,12 @@ TEST_F(OperandTest, WhatIsNeitherIsReportedAndLeavesZero) {
 }
 
 TEST(DecimalTest, ReadsUpToTheFirstNonDigitAndSaturates) {
-  struct Case {
-    const char* token;
-    std::int32_t value;
-  };
-  for (const Case& c :
+  using Case = std::tuple<const char*, std::int32_t>;
+  for (const auto& [token, value] :
        {Case{"", 0}, Case{"XYZ", 0}, Case{"12AB", 12}, Case{"70000", 70000}, Case{"007", 7},
         Case{"2147483647", 2147483647}, Case{"2147483648", 2147483647},
         Case{"9999999999999999999999999999999", 2147483647}}) {
-    EXPECT_EQ(ParseDecimal(c.token), c.value) << c.token;
+    EXPECT_EQ(ParseDecimal(token), value) << token;
   }
 }
 

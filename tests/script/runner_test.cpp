@@ -59,20 +59,39 @@ TEST_F(RunnerTest, LinesRunInOrderAndBadOnesDoNotStopIt) {
   EXPECT_EQ(program.view.faults[1].line, 3u);
 }
 
-TEST_F(RunnerTest, BackwardLoopEndsWhenItsCounterIsReached) {
-  EXPECT_EQ(Run("::: loop\ninc ml0\njne ml0 05 LOOP\n//# ml0\n"), "Value = 0x05\n");
-}
-
-TEST_F(RunnerTest, EveryRunStartsWithItsRegistersAtZero) {
-  const std::string content = "//# ML0\nMOV ML0 77\n";
-  EXPECT_EQ(Run(content), "Value = 0x00\n");
-  EXPECT_EQ(Run(content), "Value = 0x00\n");
-}
-
-TEST_F(RunnerTest, FirstLabelOfANameWinsAlsoForwards) {
-  EXPECT_EQ(Run("JMP x\n//> skipped\n::: x\n//> first\nJNE ML1 00 out\nINC ML1\nJMP x\n"
-                "::: x\n//> second\n::: out\n"),
-            "//< first\n//< first\n");
+TEST_F(RunnerTest, JumpsBreaksAndLaterRunsLogWhatTheyShould) {
+  struct Case {
+    const char* content;
+    std::vector<std::string> logs;  // of as many runs
+    int resume_line;                // after the last of them
+    ScriptEnd end = ScriptEnd::kEndOfFile;
+  };
+  for (const Case& c : {
+           Case{"::: loop\ninc ml0\njne ml0 05 LOOP\n//# ml0\n", {"Value = 0x05\n"}, 0},
+           // Registers start at zero.
+           Case{"//# ML0\nMOV ML0 77\n", {"Value = 0x00\n", "Value = 0x00\n"}, 0},
+           // The first label of a name wins, also forwards.
+           Case{"JMP x\n//> skipped\n::: x\n//> first\nJNE ML1 00 out\nINC ML1\nJMP x\n"
+                "::: x\n//> second\n::: out\n",
+                {"//< first\n//< first\n"},
+                0},
+           Case{"//> 1\n//> 2\nBRK\n//> 4\n", {"//< 1\n//< 2\n"}, 3, ScriptEnd::kBreakCommand},
+           Case{"//> 1\n//> 2\nBRK\n//> 4\n", {"//< 1\n//< 2\n", "//< 4\n"}, 0},
+           Case{"//> 1\n//> 2\nBRK\n//> 4\n",
+                {"//< 1\n//< 2\n", "//< 4\n", "//< 1\n//< 2\n"},
+                3,
+                ScriptEnd::kBreakCommand},
+           Case{"JMP x\n//> 2\n::: x\nBRK\n//> 5\n", {""}, 4, ScriptEnd::kBreakCommand},
+           Case{"JMP x\n//> 2\n::: x\nBRK\n//> 5\n", {"", "//< 5\n"}, 0},
+           // A break as the last line leaves every further run empty.
+           Case{"//> 1\nBRK\n", {"//< 1\n", "", ""}, 2},
+       }) {
+    program.state.resume_line = 0;
+    path = directory.Write("test.wcf", c.content);
+    for (const std::string& log : c.logs) EXPECT_EQ(RunSelected(), log) << c.content;
+    EXPECT_EQ(program.state.resume_line, c.resume_line) << c.content;
+    EXPECT_EQ(program.view.end, c.end) << c.content;
+  }
 }
 
 TEST_F(RunnerTest, JumpToNoLabelEndsTheRunWithoutALine) {
@@ -84,39 +103,13 @@ TEST_F(RunnerTest, JumpToNoLabelEndsTheRunWithoutALine) {
   EXPECT_EQ(program.view.faults[0].line, 1u);
 }
 
-TEST_F(RunnerTest, BreakCommandResumesBehindItsLine) {
-  const std::string content = "//> 1\n//> 2\nBRK\n//> 4\n";
-  EXPECT_EQ(Run(content), "//< 1\n//< 2\n");
-  EXPECT_EQ(program.view.end, ScriptEnd::kBreakCommand);
-  EXPECT_EQ(program.state.resume_line, 3);
-  EXPECT_EQ(RunSelected(), "//< 4\n");
-  EXPECT_EQ(program.state.resume_line, 0);
-  EXPECT_EQ(RunSelected(), "//< 1\n//< 2\n");
-}
-
-TEST_F(RunnerTest, BreakAfterAJumpCountsFromTheTopOfTheFile) {
-  EXPECT_EQ(Run("JMP x\n//> 2\n::: x\nBRK\n//> 5\n"), "");
-  EXPECT_EQ(program.state.resume_line, 4);
-  EXPECT_EQ(RunSelected(), "//< 5\n");
-}
-
-TEST_F(RunnerTest, BreakAsTheLastLineLeavesEveryFurtherRunEmpty) {
-  EXPECT_EQ(Run("//> 1\nBRK\n"), "//< 1\n");
-  EXPECT_EQ(RunSelected(), "");
-  EXPECT_EQ(RunSelected(), "");
-  EXPECT_EQ(program.state.resume_line, 2);
-}
-
 TEST_F(RunnerTest, ResumePastTheEndOrBelowZeroDoesNoHarm) {
   program.state.resume_line = 1000000;
   EXPECT_EQ(Run("//> 1\n"), "");
   EXPECT_EQ(program.state.resume_line, 1000000);
   program.state.resume_line = -5;
   EXPECT_EQ(RunSelected(), "//< 1\n");
-}
-
-TEST_F(RunnerTest, ResumedRunMayJumpInFrontOfItsStart) {
-  program.state.resume_line = 2;
+  program.state.resume_line = 2;  // in front of which it may jump
   EXPECT_EQ(Run("::: top\n//> once\nJNE ML0 00 end\nINC ML0\nJMP top\n::: end\n"), "//< once\n");
 }
 
@@ -127,13 +120,7 @@ TEST_F(RunnerTest, UserBreakIsSeenBeforeTheNextLineAndKeepsTheResumePoint) {
   EXPECT_EQ(Run("//> stop\n//> not reached\n"), "//< stop\nUser Break recognised.\n");
   EXPECT_EQ(program.view.end, ScriptEnd::kUserBreak);
   EXPECT_EQ(program.state.resume_line, 0);
-}
-
-TEST_F(RunnerTest, BreakOnTheLastLineLeavesNoMessage) {
-  program.view.on_log = [&](std::string_view) { program.state.script_running = 0; };
-  path = directory.Write("test.wcf", "");
-  program.state.script_running = 1;
-  EXPECT_EQ(RunSelected(), "");
+  EXPECT_EQ(Run("//> stop"), "//< stop\n") << "on the last line it leaves no message";
 }
 
 TEST_F(RunnerTest, EndlessLoopIsBrokenOffFromAnotherThread) {

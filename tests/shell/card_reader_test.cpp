@@ -9,6 +9,7 @@
 #include <functional>
 #include <random>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "shell/component_stack.h"
@@ -78,15 +79,12 @@ class CardReaderTest : public testing::Test {
 TEST(IdentifierBytesTest, CascadeTagsAreLeftOut) {
   const std::uint8_t uid[12] = {0x88, 1, 2, 3, 0x88, 4, 5, 6, 7, 8, 9, 10};
   std::uint8_t identifier[10] = {};
-  struct Case {
-    std::uint8_t bit_count;
-    std::vector<std::uint8_t> bytes;
-  };
-  for (const Case& c :
+  using Case = std::tuple<std::uint8_t, std::vector<std::uint8_t>>;
+  for (const auto& [bit_count, bytes] :
        {Case{32, {0x88, 1, 2, 3}}, Case{64, {1, 2, 3, 0x88, 4, 5, 6}},
         Case{96, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10}}, Case{0, {}}, Case{40, {}}, Case{128, {}}}) {
-    const int count = IdentifierBytes(uid, c.bit_count, identifier);
-    EXPECT_EQ(std::vector<std::uint8_t>(identifier, identifier + count), c.bytes);
+    const int count = IdentifierBytes(uid, bit_count, identifier);
+    EXPECT_EQ(std::vector<std::uint8_t>(identifier, identifier + count), bytes);
   }
 }
 

@@ -6,6 +6,7 @@
 
 #include <cstring>
 #include <string>
+#include <tuple>
 
 namespace vt63x {
 namespace {
@@ -44,14 +45,11 @@ TEST(HexTextTest, ErrorFlagIsOnlyEverSet) {
 }
 
 TEST(HexTextTest, PairsEndAtTheirFirstOtherCharacter) {
-  struct Case {
-    const char* text;
-    int value;
-  };
-  for (const Case& c :
+  using Case = std::tuple<const char*, int>;
+  for (const auto& [text, value] :
        {Case{"3C9A", 0x3C}, Case{"5", 0x05}, Case{"", 0}, Case{"G1", 0}, Case{"1G", 1},
         Case{"ff", 0xFF}, Case{"-1", 0}, Case{" 5", 0}, Case{"0x", 0}}) {
-    EXPECT_EQ(HexPairToByte(c.text), c.value) << c.text;
+    EXPECT_EQ(HexPairToByte(text), value) << text;
   }
 }
 

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <tuple>
 
 #include "simulator/block_card.h"
 #include "simulator/card_image.h"
@@ -66,21 +67,17 @@ TEST_F(CardFileTest, FileThatDoesNotFitIsRefusedAndLeftAlone) {
   Bytes other = good, longer = good;
   other[3] = 0xFF;
   longer.push_back(0);
-  struct Case {
-    const char* name;
-    Bytes content;
-    const char* reason;
-  };
-  for (const Case& c : {
+  using Case = std::tuple<const char*, Bytes, const char*>;
+  for (const auto& [name, content, reason] : {
            Case{"01020304", Bytes(good.begin(), good.end() - 1), "1024 bytes"},
            Case{"01020304", longer, "1024 bytes"},
            Case{"01020304:ostrel256", good, "4096 bytes"},
            Case{"01020304", other, "another card"},
        }) {
-    Put(c.content);
-    EXPECT_FALSE(Make(c.name)) << c.reason;
-    EXPECT_NE(error.find(c.reason), std::string::npos) << error;
-    EXPECT_EQ(Content(path), c.content);
+    Put(content);
+    EXPECT_FALSE(Make(name)) << reason;
+    EXPECT_NE(error.find(reason), std::string::npos) << error;
+    EXPECT_EQ(Content(path), content);
   }
 }
 

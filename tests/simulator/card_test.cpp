@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -65,25 +66,21 @@ void Lead(Card& card, State state, bool starred) {
 // Where each frame leads from each state: i idle, r ready, a active, h halt; upper case when the
 // card answers. The starred states differ only in that they fall back to halt.
 TEST(CardStates, EveryFrameLeadsWhereItShould) {
-  struct Row {
-    State state;
-    bool starred;
-    const char* next;
-  };
+  using Row = std::tuple<State, bool, const char*>;
   const Row rows[] = {
       {State::kIdle, false, "RRiiiiiiiiiiiiii"},   {State::kReady, false, "iiiiRiAiiiiiiiii"},
       {State::kActive, false, "iiiiiiiiiiihiiii"}, {State::kHalt, false, "hRhhhhhhhhhhhhhh"},
       {State::kReady, true, "hhhhRhAhhhhhhhhh"},   {State::kActive, true, "hhhhhhhhhhhhhhhh"},
   };
-  for (const Row& row : rows) {
+  for (const auto& [state, starred, next] : rows) {
     std::size_t column = 0;
     for (const auto& [name, frame] : Frames()) {
       const auto card = CardNamed("01020304:plain");
-      Lead(*card, row.state, row.starred);
+      Lead(*card, state, starred);
       const bool answered = card->OnFrame(frame).has_value();
       const char letter = "irah"[static_cast<std::size_t>(card->state())];
-      EXPECT_EQ(answered ? static_cast<char>(letter - 'a' + 'A') : letter, row.next[column++])
-          << name << " in " << StateName(row.state, row.starred);
+      EXPECT_EQ(answered ? static_cast<char>(letter - 'a' + 'A') : letter, next[column++])
+          << name << " in " << StateName(state, starred);
     }
   }
 }
@@ -124,20 +121,16 @@ TEST(CardAnticollision, FrameThatDoesNotMatchItsCountIsNotAnswered) {
 }
 
 TEST(CardLevels, EachSizeShowsItsLevelsAndItsSize) {
-  struct Case {
-    const char* uid;
-    std::uint8_t atqa;
-    Bytes levels;
-  };
-  for (const Case& c : {
+  using Case = std::tuple<const char*, std::uint8_t, Bytes>;
+  for (const auto& [uid, atqa, levels] : {
            Case{"01020304", 0x04, {1, 2, 3, 4}},
            Case{"01020304050607", 0x44, {0x88, 1, 2, 3, 4, 5, 6, 7}},
            Case{"0102030405060708090A", 0x84, {0x88, 1, 2, 3, 0x88, 4, 5, 6, 7, 8, 9, 10}},
        }) {
-    ReaderBench bench({c.uid});
-    EXPECT_TRUE(bench.reader.Request().Is({c.atqa, 0x00}));
+    ReaderBench bench({uid});
+    EXPECT_TRUE(bench.reader.Request().Is({atqa, 0x00}));
     bench.reader.Request();  // unexpected, and so the way back to idle
-    EXPECT_EQ(bench.reader.Activate(), c.levels);
+    EXPECT_EQ(bench.reader.Activate(), levels);
   }
 }
 

@@ -7,6 +7,7 @@
 #include <iterator>
 #include <random>
 #include <string>
+#include <tuple>
 
 #include "simulator/serial_speed.h"
 #include "test_reader.h"
@@ -16,26 +17,18 @@ namespace {
 
 // Results as published for the usual check sums; the empty one is the preset.
 TEST(ChipCrc, CommandUsesPresetAndBitOrder) {
-  struct Case {
-    std::uint8_t mode;
-    const char* data;
-    int crc;
-  };
+  using Case = std::tuple<std::uint8_t, const char*, int>;
   constexpr const char* kDigits = "123456789";
-  for (const Case& c : {Case{0x00, "", 0x0000}, Case{0x01, "", 0x6363}, Case{0x00, kDigits, 0x2189},
-                        Case{0x01, kDigits, 0xBF05}, Case{0x03, kDigits, 0x6F91},
-                        Case{0x80, kDigits, 0x31C3}, Case{0x83, kDigits, 0x29B1}}) {
+  for (const auto& [mode, data, crc] :
+       {Case{0x00, "", 0x0000}, Case{0x01, "", 0x6363}, Case{0x00, kDigits, 0x2189},
+        Case{0x01, kDigits, 0xBF05}, Case{0x03, kDigits, 0x6F91}, Case{0x80, kDigits, 0x31C3},
+        Case{0x83, kDigits, 0x29B1}}) {
     Chip chip;
-    chip.Write(0x11, c.mode);
+    chip.Write(0x11, mode);
     chip.Write(0x04, 0x7F);
-    for (const char byte : std::string(c.data)) chip.Write(0x09, static_cast<std::uint8_t>(byte));
-    chip.Write(0x01, 0x03);
-    EXPECT_EQ(chip.Read(0x05), 0x04);
-    EXPECT_EQ(chip.Read(0x04) & 0x10, 0x10);
-    EXPECT_EQ(chip.Read(0x01), 0x00);
-    EXPECT_EQ(chip.Read(0x07) & 0x20, 0x20);
-    EXPECT_EQ(chip.Read(0x0A), 0);
-    EXPECT_EQ(chip.Read(0x21) << 8 | chip.Read(0x22), c.crc) << unsigned{c.mode};
+    for (const char byte : std::string(data)) chip.Write(0x09, static_cast<std::uint8_t>(byte));
+    Play(chip, "01=03 05?04 04?10/10 01?00 07?20/20 0A?00");
+    EXPECT_EQ(chip.Read(0x21) << 8 | chip.Read(0x22), crc) << unsigned{mode};
   }
 }
 
@@ -44,11 +37,7 @@ class ChipCommandTest : public testing::Test, protected ReaderBench {
   ChipCommandTest() : ReaderBench({"01020304"}) {}
 
   // A request for cards.
-  void Transmit() {
-    chip.Write(0x0D, 0x07);
-    reader.Load({0x26});
-    chip.Write(0x01, 0x04);
-  }
+  void Transmit() { Play(chip, "0D=07 04=7F 0A=80 09=26 01=04"); }
   ReaderAnswer Receive() {
     reader.Load({});
     chip.Write(0x01, 0x08);
@@ -57,44 +46,26 @@ class ChipCommandTest : public testing::Test, protected ReaderBench {
 };
 
 TEST_F(ChipCommandTest, TransceiveWaitsForTheStartBitAndRepeatsWithIt) {
+  Play(chip, "04=7F 0A=80 09=26 0D=87 04?00 0A?01");  // means nothing to other commands
   reader.Request();
-  chip.Write(0x0D, 0x07);
-  chip.Write(0x01, 0x0C);
-  reader.Load({0x26});
-  EXPECT_EQ(chip.Read(0x04), 0x00);
-  chip.Write(0x0D, 0x87);  // unexpected: the card is ready
-  EXPECT_EQ(chip.Read(0x0D), 0x07);
+  Play(chip, "0D=07 01=0C 04=7F 0A=80 09=26 04?00");
+  Play(chip, "0D=87 0D?07");  // unexpected: the card is ready
   EXPECT_TRUE(reader.Wait(0x21).timeout);
-  EXPECT_EQ(chip.Read(0x01), 0x0C);
-  reader.Load({0x26});
-  chip.Write(0x0D, 0x87);
+  Play(chip, "01?0C 04=7F 0A=80 09=26 0D=87");
   EXPECT_TRUE(reader.Wait(0x21).Is({0x04, 0x00}));
-}
-
-TEST_F(ChipCommandTest, StartBitMeansNothingToOtherCommands) {
-  reader.Load({0x26});
-  chip.Write(0x0D, 0x87);
-  EXPECT_EQ(chip.Read(0x04), 0x00);
-  EXPECT_EQ(chip.Read(0x0A), 1);
-}
-
-TEST_F(ChipCommandTest, NothingToSendEndsWithTheTimer) {
-  EXPECT_TRUE(reader.Transceive({}).timeout);
+  EXPECT_TRUE(reader.Transceive({}).timeout) << "nothing to send";
 }
 
 TEST_F(ChipCommandTest, TransmitEndsInIdleAndReceiveFindsTheAnswerOnce) {
   Transmit();
-  EXPECT_EQ(chip.Read(0x01), 0x00);
-  EXPECT_EQ(chip.Read(0x04) & 0x70, 0x50);
-  EXPECT_EQ(chip.Read(0x0A), 0);
+  Play(chip, "01?00 04?50/70 0A?00");
   EXPECT_TRUE(Receive().Is({0x04, 0x00}));
   EXPECT_TRUE(Receive().timeout);
 }
 
 TEST_F(ChipCommandTest, AnswerToATransmitIsGoneWithTheFieldAndWithTheNextFrame) {
   Transmit();
-  chip.Write(0x14, 0x80);
-  chip.Write(0x14, 0x83);
+  Play(chip, "14=80 14=83");
   EXPECT_TRUE(Receive().timeout);
   Transmit();
   EXPECT_TRUE(reader.Transceive({0x26}, 0x07).timeout);  // unexpected: the card is ready
@@ -102,20 +73,16 @@ TEST_F(ChipCommandTest, AnswerToATransmitIsGoneWithTheFieldAndWithTheNextFrame) 
 }
 
 TEST_F(ChipCommandTest, ReceiverThatIsOffAndOtherSpeedsHearNothing) {
-  for (const auto& [address, value] :
-       {std::array<std::uint8_t, 2>{0x01, 0x2C}, {0x12, 0x10}, {0x13, 0x10}}) {
+  for (const std::string change : {"01=2C", "12=10", "13=10"}) {
     field.Switch(false);
     reader.SetUp();
-    reader.Crc(false);
-    chip.Write(0x01, 0x0C);
-    reader.Load({0x26});
-    chip.Write(address, value);
-    chip.Write(0x0D, 0x87);
-    EXPECT_TRUE(reader.Wait(0x21).timeout) << unsigned{address};
+    Play(chip, "12=00 13=00 01=0C 04=7F 0A=80 09=26 " + change + " 0D=87");
+    EXPECT_TRUE(reader.Wait(0x21).timeout) << change;
   }
 }
 
 TEST_F(ChipCommandTest, ReceivedCrcIsTakenOffTestedAndReported) {
+  chip.Write(0x11, 0x83);  // the preset of the CRC command: frames carry CRC_A all the same
   ASSERT_TRUE(reader.Activate());
   EXPECT_EQ(chip.Read(0x07) & 0x40, 0x40);
   chip.Write(0x13, 0x00);
@@ -130,19 +97,11 @@ TEST_F(ChipCommandTest, ReceivedCrcIsTakenOffTestedAndReported) {
   EXPECT_EQ(chip.Read(0x07) & 0x40, 0x00);
 }
 
-// Otherwise a reader that sets the preset for the CRC command could not reach cards any more.
-TEST_F(ChipCommandTest, FramesCarryCrcAWhateverThePreset) {
-  chip.Write(0x11, 0x83);
-  EXPECT_TRUE(reader.Activate());
-}
-
 TEST_F(ChipCommandTest, AuthenticationWithTooFewBytesIsAnErrorAndEnds) {
   ASSERT_TRUE(reader.Activate());
   reader.Load(Bytes(11, 0x60));
   chip.Write(0x01, 0x0E);
-  EXPECT_EQ(chip.Read(0x06), 0x01);
-  EXPECT_EQ(chip.Read(0x04) & 0x12, 0x12);
-  EXPECT_EQ(chip.Read(0x01), 0x00);
+  Play(chip, "06?01 04?12/12 01?00");
 }
 
 TEST_F(ChipCommandTest, SoftResetRestoresEverythingButTheVersion) {

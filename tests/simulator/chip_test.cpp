@@ -6,22 +6,21 @@
 
 #include <gtest/gtest.h>
 
-#include <vector>
+#include <string>
+
+#include "test_reader.h"
 
 #include "simulator/serial_speed.h"
 
 namespace vt63x {
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
 TEST(Chip, StartsAt9600BpsWithAVersionThatTakesWritesAndKeepsItsValue) {
   Chip chip;
   EXPECT_TRUE(RatesMatch(chip.SerialRate(), 9600));
-  chip.Write(0x37, 0x55);
-  EXPECT_EQ(chip.Read(0x37), 0x91);
+  Play(chip, "37=55 37?91");
   chip.Preset(0x37, 0x92);
-  EXPECT_EQ(chip.Read(0x37), 0x92);
+  Play(chip, "37?92");
 }
 
 TEST(Chip, NothingLiesBehindTheLastRegister) {
@@ -33,8 +32,7 @@ TEST(Chip, NothingLiesBehindTheLastRegister) {
     chip.Preset(behind, 0xFF);
     EXPECT_EQ(chip.Read(behind), 0) << address;
   }
-  EXPECT_EQ(chip.Read(0x3F), 0xA5);
-  EXPECT_EQ(chip.Read(0x00), 0);
+  Play(chip, "3F?A5 00?00");
 }
 
 TEST(ChipFifo, HoldsSixtyFourBytesAndReportsTheNext) {
@@ -43,81 +41,36 @@ TEST(ChipFifo, HoldsSixtyFourBytesAndReportsTheNext) {
     chip.Write(0x09, static_cast<std::uint8_t>(byte + 1));
     ASSERT_EQ(chip.Read(0x0A), byte + 1);
   }
-  EXPECT_EQ(chip.Read(0x06), 0);
-  chip.Write(0x09, 0xFF);
-  EXPECT_EQ(chip.Read(0x06), 0x10);
-  EXPECT_NE(chip.Read(0x04) & 0x02, 0);
-  EXPECT_EQ(chip.Read(0x0A), 64);
+  Play(chip, "06?00 09=FF 06?10 04?02/02 0A?40");
   for (unsigned byte = 0; byte < 64; ++byte) ASSERT_EQ(chip.Read(0x09), byte + 1);
-  EXPECT_EQ(chip.Read(0x09), 0);  // empty
-  EXPECT_EQ(chip.Read(0x0A), 0);
-  chip.Write(0x09, 0x01);
-  chip.Write(0x0A, 0x7F);
-  EXPECT_EQ(chip.Read(0x06), 0x10);  // that was no flush
-  chip.Write(0x0A, 0x80);
-  EXPECT_EQ(chip.Read(0x06), 0);
-  EXPECT_EQ(chip.Read(0x0A), 0);
+  Play(chip, "09?00 0A?00");                          // empty
+  Play(chip, "09=01 0A=7F 06?10 0A=80 06?00 0A?00");  // 7F is no flush
 }
 
 TEST(ChipFifo, AlertsFollowTheWaterLevelAndAreRequestedOnce) {
   Chip chip;
-  chip.Write(0x0B, 3);
-  struct Step {
-    int added;
-    std::uint8_t alerts, high_request;
-  };
-  for (const Step& step : {Step{3, 1, 0}, {1, 0, 0}, {56, 0, 0}, {1, 2, 8}}) {
-    for (int count = 0; count < step.added; ++count) chip.Write(0x09, 0);
-    EXPECT_EQ(chip.Read(0x07) & 0x03, step.alerts) << step.added;
-    EXPECT_EQ(chip.Read(0x04) & 0x08, step.high_request) << step.added;
-  }
-  chip.Write(0x04, 0x0C);
-  chip.Write(0x09, 0);
-  EXPECT_EQ(chip.Read(0x04) & 0x0C, 0x00);  // the alert was there before
-  chip.Write(0x0A, 0x80);
-  EXPECT_EQ(chip.Read(0x04) & 0x0C, 0x04);
+  Play(chip, "0B=03 09=00 09=00 09=00 07?01/03 04?00/08 09=00 07?00/03 04?00/08");
+  for (int count = 0; count < 56; ++count) chip.Write(0x09, 0);
+  Play(chip, "07?00/03 04?00/08 09=00 07?02/03 04?08/08");
+  Play(chip, "04=0C 09=00 04?00/0C");  // the alert was there before
+  Play(chip, "0A=80 04?04/0C");
 }
 
-struct WriteAndRead {
-  std::uint8_t written, read;
-};
-
-TEST(ChipRequests, WritesSetOrClearTheMarkedBitsAlone) {
-  for (const std::uint8_t address : Bytes{0x04, 0x05}) {
-    Chip chip;
-    for (const auto& [written, read] :
-         {WriteAndRead{0x7F, 0x00}, {0x80 | 0x35, 0x35}, {0x80 | 0x02, 0x37}, {0x21, 0x16}}) {
-      chip.Write(address, written);
-      EXPECT_EQ(chip.Read(address), read);
-    }
-  }
-}
-
-TEST(ChipRequests, PendingShowsOnlyWhatIsEnabled) {
+TEST(ChipRequests, WritesSetOrClearTheMarkedBitsAloneAndPendingShowsWhatIsEnabled) {
   Chip chip;
-  chip.Write(0x04, 0x7F);
-  chip.Write(0x04, 0x80 | 0x20);
-  EXPECT_EQ(chip.Read(0x07) & 0x10, 0x00);
-  chip.Write(0x02, 0x20);
-  EXPECT_EQ(chip.Read(0x07) & 0x10, 0x10);
-  chip.Write(0x04, 0x20);
-  EXPECT_EQ(chip.Read(0x07) & 0x10, 0x00);
+  for (const std::string at : {"04", "05"}) {
+    Play(chip, at + "=7F " + at + "?00 " + at + "=B5 " + at + "?35 " + at + "=82 " + at + "?37 " +
+                   at + "=21 " + at + "?16");
+  }
+  Play(chip, "05=7F 04=7F 04=A0 07?00/10 02=20 07?10/10 04=20 07?00/10");
 }
 
 TEST(ChipStatus, ErrorsAndSessionCanBeClearedAndNotMade) {
   Chip chip;
   chip.Preset(0x06, 0x8C);
-  for (const auto& [written, read] : {WriteAndRead{0x0F, 0x0C}, {0x00, 0x00}, {0xFF, 0x00}}) {
-    chip.Write(0x06, written);
-    EXPECT_EQ(chip.Read(0x06), read);
-  }
-  chip.Write(0x08, 0xFF);
-  EXPECT_EQ(chip.Read(0x08) & 0x08, 0x00);
+  Play(chip, "06=0F 06?0C 06=00 06?00 06=FF 06?00 08=FF 08?00/08");
   chip.Preset(0x08, 0x08);
-  for (const auto& [written, read] : {WriteAndRead{0x08, 0x08}, {0x00, 0x00}}) {
-    chip.Write(0x08, written);
-    EXPECT_EQ(chip.Read(0x08), read);
-  }
+  Play(chip, "08=08 08?08 08=00 08?00");
 }
 
 }  // namespace

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "test_reader.h"
 
 namespace vt63x {
@@ -41,11 +43,8 @@ TEST(FieldCommand, FaultsAreSetAndTakenBack) {
 TEST(FieldCommand, WrongLinesAreRefusedAndChangeNothing) {
   Field field;
   field.Add(CardNamed("01020304"));
-  struct Case {
-    const char* line;
-    const char* reason;
-  };
-  for (const Case& c : {
+  using Case = std::tuple<const char*, const char*>;
+  for (const auto& [line, reason] : {
            Case{"help", "unknown command; known are 'card add'"},
            Case{"card", "unknown command"},
            Case{"card addition", "unknown command"},
@@ -59,9 +58,9 @@ TEST(FieldCommand, WrongLinesAreRefusedAndChangeNothing) {
            Case{"air", "unknown fault"},
            Case{"air crc@x", "first answer"},
        }) {
-    const std::string reply = RunFieldCommand(field, c.line);
+    const std::string reply = RunFieldCommand(field, line);
     EXPECT_TRUE(reply.starts_with("error: ") && reply.ends_with("\n")) << reply;
-    EXPECT_NE(reply.find(c.reason), std::string::npos) << reply;
+    EXPECT_NE(reply.find(reason), std::string::npos) << reply;
     EXPECT_EQ(field.cards().size(), 1u);
   }
   EXPECT_EQ(RunFieldCommand(field, "  "), "");

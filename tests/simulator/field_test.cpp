@@ -5,22 +5,14 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <random>
-#include <set>
 #include <string>
+#include <tuple>
 #include <utility>
 
 #include "test_reader.h"
 
 namespace vt63x {
 namespace {
-
-std::string RandomIdentifier(std::mt19937& random) {
-  static constexpr std::size_t kSizes[] = {8, 14, 20};
-  std::string text(kSizes[random() % 3], '0');
-  for (char& digit : text) digit = "0123456789ABCDEF"[random() % 16];
-  return text;
-}
 
 // Two cards that agree up to one bit of their level: the reception ends with that bit.
 TEST(Collision, IsFoundAndResolvedAtEveryBit) {
@@ -60,32 +52,6 @@ TEST(Collision, KeptValuesAreDeliveredToTheEnd) {
   EXPECT_EQ(bench.reader.Request(), (ReaderAnswer{false, {0x46, 0x00}, 0, 0x08}));
   EXPECT_EQ(bench.chip.Read(0x0E), 0x80 | 0x02);
   EXPECT_NE(bench.chip.Read(0x04) & 0x02, 0);
-}
-
-TEST(Field, EveryCardOfARandomFieldIsFoundOnce) {
-  std::mt19937 random(7);
-  for (int round = 0; round < 300; ++round) {
-    ReaderBench bench;
-    const std::size_t count = 1 + random() % 8;
-    while (bench.field.cards().size() < count) {
-      auto card = CardNamed(RandomIdentifier(random) + ":plain");
-      if (card != nullptr) bench.field.Add(std::move(card));
-    }
-    std::set<Bytes> expected, found;
-    for (const auto& card : bench.field.cards()) {
-      Bytes levels;
-      for (std::size_t level = 0; level < card->identifier().LevelCount(); ++level) {
-        const auto bytes = card->identifier().LevelBytes(level);
-        levels.insert(levels.end(), bytes.begin(), bytes.end());
-      }
-      expected.insert(levels);
-    }
-    while (const auto levels = bench.reader.Activate()) {
-      ASSERT_TRUE(found.insert(*levels).second) << round;
-      ASSERT_TRUE(bench.reader.Halt());
-    }
-    ASSERT_EQ(found, expected) << round;
-  }
 }
 
 TEST(Field, WithoutFieldCardsForgetTheirStateAndNobodyAnswers) {
@@ -128,14 +94,11 @@ TEST(Field, TakesEachCardOnceAndNoMoreThanItHolds) {
 
 // What a fault makes of the answer to a request, of a selection and of an acknowledge.
 TEST(AirFaults, SpoilTheAnswersTheyName) {
-  struct Case {
-    const char* fault;
-    ReaderAnswer request, sak, acknowledge;
-  };
+  using Case = std::tuple<const char*, ReaderAnswer, ReaderAnswer, ReaderAnswer>;
   const ReaderAnswer lost{true, {}, 0, 0};
   const ReaderAnswer intact{false, {0x04, 0x00}, 0, 0};
   const ReaderAnswer no_crc{false, {0x08}, 0, 0x04};
-  for (const Case& c : {
+  for (const auto& [fault, request, sak, acknowledge] : {
            Case{"lost", lost, lost, lost},
            Case{"short", {false, {0x04}, 0, 0}, no_crc, {false, {0x02}, 2, 0x04}},
            Case{"crc", intact, no_crc, {false, {0x0A}, 4, 0x04}},
@@ -146,17 +109,17 @@ TEST(AirFaults, SpoilTheAnswersTheyName) {
        }) {
     ReaderBench bench({"01020304"});
     TestReader& reader = bench.reader;
-    bench.SetAirFault(std::string(c.fault) + "@1+1");
-    EXPECT_EQ(reader.Request(), c.request) << c.fault;
-    bench.SetAirFault(std::string(c.fault) + "@2+1");  // counted from now: behind the anticollision
+    bench.SetAirFault(std::string(fault) + "@1+1");
+    EXPECT_EQ(reader.Request(), request) << fault;
+    bench.SetAirFault(std::string(fault) + "@2+1");  // counted from now: behind the anticollision
     ASSERT_TRUE(reader.Resolve(0x93));
     reader.Crc(true);
-    EXPECT_EQ(reader.Transceive({0x93, 0x70, 1, 2, 3, 4, 4}), c.sak) << c.fault;
+    EXPECT_EQ(reader.Transceive({0x93, 0x70, 1, 2, 3, 4, 4}), sak) << fault;
     ASSERT_TRUE(reader.Authenticate(0x60, 4, kKey, {1, 2, 3, 4}));
-    bench.SetAirFault(c.fault);
-    EXPECT_EQ(reader.Transceive({0xA0, 0x04}), c.acknowledge) << c.fault;
+    bench.SetAirFault(fault);
+    EXPECT_EQ(reader.Transceive({0xA0, 0x04}), acknowledge) << fault;
     bench.field.faults().Clear();
-    EXPECT_TRUE(reader.Transceive(Bytes(16, 0x55)).IsNibble(0xA)) << c.fault;
+    EXPECT_TRUE(reader.Transceive(Bytes(16, 0x55)).IsNibble(0xA)) << fault;
   }
 }
 

@@ -6,6 +6,7 @@
 
 #include <initializer_list>
 #include <string>
+#include <tuple>
 
 #include "simulator/air_faults.h"
 #include "simulator/card_options.h"
@@ -17,13 +18,8 @@ namespace {
 constexpr std::uint64_t kAll = FaultRange::kAll;
 
 TEST(FaultTexts, ThoseWithinTheLimitsAreTaken) {
-  struct Case {
-    const char* text;
-    FaultKind kind;
-    std::uint32_t value;
-    std::uint64_t first, count;
-  };
-  for (const Case& c : {
+  using Case = std::tuple<const char*, FaultKind, std::uint32_t, std::uint64_t, std::uint64_t>;
+  for (const auto& [text, kind, value, first, count] : {
            Case{"silence", FaultKind::kSilence, 0, 1, kAll},
            Case{"wrong-echo@7+1", FaultKind::kWrongEcho, 0, 7, 1},
            Case{"delay=1", FaultKind::kDelay, 1, 1, kAll},
@@ -33,12 +29,12 @@ TEST(FaultTexts, ThoseWithinTheLimitsAreTaken) {
            Case{"hang-up@18446744073709551615+1", FaultKind::kHangUp, 0, kAll, 1},
        }) {
     std::string error;
-    const auto fault = ParseFault(c.text, error);
+    const auto fault = ParseFault(text, error);
     ASSERT_TRUE(fault) << error;
-    EXPECT_EQ(fault->kind, c.kind) << c.text;
-    EXPECT_EQ(fault->value, c.value) << c.text;
-    EXPECT_EQ(fault->accesses.first, c.first) << c.text;
-    EXPECT_EQ(fault->accesses.count, c.count) << c.text;
+    EXPECT_EQ(fault->kind, kind) << text;
+    EXPECT_EQ(fault->value, value) << text;
+    EXPECT_EQ(fault->accesses.first, first) << text;
+    EXPECT_EQ(fault->accesses.count, count) << text;
   }
 }
 
@@ -58,24 +54,19 @@ TEST(FaultTexts, RangeCoversExactlyTheAccessesNamed) {
 }
 
 TEST(CardTexts, ThoseThatNameCardsAreTaken) {
-  struct Case {
-    const char* text;
-    const char* uid;
-    const char* type;
-    const char* file;
-  };
-  for (const Case& c : {
+  using Case = std::tuple<const char*, const char*, const char*, const char*>;
+  for (const auto& [text, uid, type, file] : {
            Case{"0a0B0c0D", "0A0B0C0D", "ostrel64", ""},
            Case{"01020304050607:plain", "01020304050607", "plain", ""},
            Case{"01020304=a:b=c", "01020304", "ostrel64", "a:b=c"},
            Case{"0102030405060708090A:ostrel-page=x", "0102030405060708090A", "ostrel-page", "x"},
        }) {
     std::string error;
-    const auto option = ParseCardOption(c.text, error);
+    const auto option = ParseCardOption(text, error);
     ASSERT_TRUE(option) << error;
-    EXPECT_EQ(option->identifier.Text(), c.uid);
-    EXPECT_EQ(option->type, c.type);
-    EXPECT_EQ(option->file, c.file);
+    EXPECT_EQ(option->identifier.Text(), uid);
+    EXPECT_EQ(option->type, type);
+    EXPECT_EQ(option->file, file);
   }
 }
 

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <tuple>
 
 #include "simulator/line_pace.h"
 #include "simulator/serial_speed.h"
@@ -58,12 +59,8 @@ TEST(Uart, ByteCrossesIntactWithinTheTolerance) {
 }
 
 TEST(Uart, ByteBetweenDifferentRatesIsWhatTheSamplesShow) {
-  struct Case {
-    std::uint8_t sent;
-    std::uint32_t sender, receiver;
-    std::optional<std::uint8_t> heard;
-  };
-  for (const Case& c : {
+  using Case = std::tuple<std::uint8_t, std::uint32_t, std::uint32_t, std::optional<std::uint8_t>>;
+  for (const auto& [sent, sender, receiver, heard] : {
            // Twelve times faster than the receiver: its start bit falls on data bit 5, the rest on
            // idle line.
            Case{0xDF, 115200, 9600, 0xFF},
@@ -79,8 +76,8 @@ TEST(Uart, ByteBetweenDifferentRatesIsWhatTheSamplesShow) {
            Case{0x0A, 57600, 115200, 0x98},
            Case{0x0F, 57600, 115200, 0xFE},
        }) {
-    EXPECT_EQ(HearByte(c.sent, c.sender, c.receiver), c.heard)
-        << int{c.sent} << " from " << c.sender << " to " << c.receiver;
+    EXPECT_EQ(HearByte(sent, sender, receiver), heard)
+        << int{sent} << " from " << sender << " to " << receiver;
   }
 }
 

@@ -12,6 +12,7 @@
 #include <initializer_list>
 #include <memory>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -45,12 +46,10 @@ class ReaderOf {
 
   // Field on, receiver on, and a timer of about a millisecond that starts by itself.
   void SetUp() {
-    chip.Write(0x14, 0x83);
-    chip.Write(0x01, 0x00);
-    chip.Write(0x2A, 0x80);
-    chip.Write(0x2B, 0x43);
-    chip.Write(0x2C, 0x00);
-    chip.Write(0x2D, 0x64);
+    for (const auto& [address, value] : std::initializer_list<std::pair<int, int>>{
+             {0x14, 0x83}, {0x01, 0x00}, {0x2A, 0x80}, {0x2B, 0x43}, {0x2C, 0x00}, {0x2D, 0x64}}) {
+      chip.Write(static_cast<std::uint8_t>(address), static_cast<std::uint8_t>(value));
+    }
   }
 
   void Crc(bool on) {
@@ -163,6 +162,22 @@ class ReaderOf {
 };
 
 using TestReader = ReaderOf<Chip>;
+
+// Accesses: "2A=80" writes, "04?21" reads and expects 21, "07?08/18" expects 8 of the bits 18.
+inline void Play(Chip& chip, const std::string& script) {
+  std::istringstream words(script);
+  for (std::string word; words >> word;) {
+    const auto byte_at = [&](std::size_t at) {
+      return static_cast<std::uint8_t>(std::stoul(word.substr(at, 2), nullptr, 16));
+    };
+    if (word[2] == '=') {
+      chip.Write(byte_at(0), byte_at(3));
+    } else {
+      const int mask = word.size() > 5 ? byte_at(6) : 0xFF;
+      EXPECT_EQ(chip.Read(byte_at(0)) & mask, byte_at(3)) << word << " in " << script;
+    }
+  }
+}
 
 // A card named as in options, which must be right.
 inline std::unique_ptr<Card> CardNamed(const std::string& text) {

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "block_card_fixture.h"
 
 namespace vt63x {
@@ -31,14 +33,10 @@ class NumberTest : public BlockCardTest {
 };
 
 TEST_F(NumberTest, ArithmeticIsSilentAndTakesEffectWithTheTransfer) {
-  struct Case {
-    std::int32_t start;
-    std::uint8_t command;
-    Bytes amount;
-    std::optional<std::int32_t> result;  // none: does not fit
-  };
+  // `result`: none: does not fit
+  using Case = std::tuple<std::int32_t, std::uint8_t, Bytes, std::optional<std::int32_t>>;
   constexpr std::int32_t kMin = -0x7FFFFFFF - 1;
-  for (const Case& c : {
+  for (const auto& [start, command, amount, result] : {
            Case{100, 0xC0, {0x00, 0x01, 0, 0}, -156},
            Case{-5, 0xC2, {9, 9, 9, 9}, -5},
            Case{0x7FFFFFFE, 0xC1, {1, 0, 0, 0}, 0x7FFFFFFF},
@@ -47,14 +45,14 @@ TEST_F(NumberTest, ArithmeticIsSilentAndTakesEffectWithTheTransfer) {
            Case{kMin, 0xC0, {1, 0, 0, 0}, std::nullopt},
            Case{kMin, 0xC1, {0xFF, 0xFF, 0xFF, 0xFF}, 0x7FFFFFFF},
        }) {
-    Hold(c.start);
-    const ReaderAnswer answer = Step(c.command, c.amount);
-    EXPECT_TRUE(c.result ? answer.timeout : answer.IsNibble(0x4));
-    EXPECT_EQ(ValueAt(4), c.start);
-    if (!c.result) continue;
+    Hold(start);
+    const ReaderAnswer answer = Step(command, amount);
+    EXPECT_TRUE(result ? answer.timeout : answer.IsNibble(0x4));
+    EXPECT_EQ(ValueAt(4), start);
+    if (!result) continue;
     EXPECT_TRUE(Send({0xB0, 6}).IsNibble(0xA));
-    EXPECT_EQ(ValueAt(6), c.result);
-    EXPECT_EQ(ValueAt(4), c.start);
+    EXPECT_EQ(ValueAt(6), result);
+    EXPECT_EQ(ValueAt(4), start);
   }
 }
 

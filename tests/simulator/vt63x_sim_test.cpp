@@ -10,7 +10,7 @@
 #include <string>
 
 #include "sim_process.h"
-#include "simulator/unique_fd.h"
+#include "test_reader.h"
 #include "tests/support/temp_directory.h"
 
 namespace vt63x {
@@ -42,17 +42,18 @@ TEST(Vt63xSim, ReturnsWhatTheCommandReturns) {
   EXPECT_EQ(ExitOf({"--", "/"}), 126);
 }
 
-TEST(Vt63xSim, WrongOptionsGiveTwo) {
-  for (const Texts& arguments : {
-           Texts{"stray"},
-           Texts{"--"},
-           Texts{"--fault", "nonsense"},
-           Texts{"--register", "40=00"},
-           Texts{"--register", "3F=100"},
-           Texts{"--register", "37"},
-           Texts{"--register", "37="},
-       }) {
-    EXPECT_EQ(ExitOf(arguments), 2) << arguments.back();
+TEST(Vt63xSim, WrongOptionsGiveTwoAndFilesThatCannotBeUsedThree) {
+  using Case = std::pair<Texts, int>;
+  for (const auto& [arguments, exit_code] :
+       {Case{{"stray"}, 2}, Case{{"--"}, 2}, Case{{"--fault", "nonsense"}, 2},
+        Case{{"--register", "40=00"}, 2}, Case{{"--register", "3F=100"}, 2},
+        Case{{"--register", "37"}, 2}, Case{{"--register", "37="}, 2},
+        Case{{"--card", "0102030"}, 2}, Case{{"--air", "nonsense"}, 2},
+        Case{{"--control", "--", "true"}, 2},
+        Case{{"--card", "01020304=/dev/null", "--", "true"}, 3},
+        Case{{"--card", "01020304", "--card", "01020304:plain", "--", "true"}, 3},
+        Case{{"--trace", "/nowhere/trace", "--", "true"}, 3}}) {
+    EXPECT_EQ(ExitOf(arguments), exit_code) << testing::PrintToString(arguments);
   }
 }
 
@@ -121,7 +122,70 @@ TEST(Vt63xSimFiles, TraceHasOneLineForEachAccess) {
   const std::string text = folder.Read("trace");
   EXPECT_TRUE(std::regex_match(text, std::regex("\\d+ W 01 0F -> 00\n\\d+ R 37 91 -> 91\n")))
       << text;
-  EXPECT_EQ(ExitOf({"--trace", folder.File("missing/trace"), "--", "true"}), 3);
+}
+
+// The line of a running simulator, register by register, and a reader at its end.
+class Line {
+ public:
+  explicit Line(const std::string& path) : device_(::open(path.c_str(), O_RDWR | O_NOCTTY)) {}
+
+  void Write(std::uint8_t address, std::uint8_t value) {
+    EXPECT_EQ(Exchange({address, value}), address);
+  }
+  std::uint8_t Read(std::uint8_t address) {
+    return Exchange({static_cast<std::uint8_t>(address | 0x80)});
+  }
+  Bytes Request() { return reader.Request().bytes; }
+
+ private:
+  // One byte comes back for each access.
+  std::uint8_t Exchange(const Bytes& bytes) {
+    EXPECT_EQ(::write(device_.get(), bytes.data(), bytes.size()),
+              static_cast<ssize_t>(bytes.size()));
+    std::uint8_t answer = 0;
+    EXPECT_EQ(::read(device_.get(), &answer, 1), 1);
+    return answer;
+  }
+
+  UniqueFd device_;
+
+ public:
+  ReaderOf<Line> reader{*this};
+};
+
+TEST(Vt63xSimCards, CardsAndFaultsChangeWhileTheLineIsServed) {
+  Sim sim({"--control"});
+  Line line(sim.Line());
+  EXPECT_EQ(line.Request(), Bytes());
+  sim.Say("card add 01020304\n");
+  ASSERT_EQ(sim.Line(), "ok");
+  EXPECT_EQ(line.Request(), Bytes({0x04, 0x00}));
+  EXPECT_EQ(line.Request(), Bytes());  // back to idle
+  sim.Say("air short@1+1\nfield li");
+  ASSERT_EQ(sim.Line(), "ok");
+  EXPECT_EQ(line.Request(), Bytes({0x04}));
+  sim.Say("st\nnonsense\n" + std::string(5000, 'x') + "\n");
+  EXPECT_EQ(sim.Line(), "01020304 ostrel64 ready");
+  EXPECT_EQ(sim.Line(), "ok");
+  EXPECT_TRUE(sim.Line().starts_with("error: unknown command"));
+  EXPECT_EQ(sim.Line(), "error: the line is too long");
+  sim.Say("card remove 01020304");
+  sim.EndInput();  // ends the line too, and not the program
+  EXPECT_EQ(sim.Line(), "ok");
+  EXPECT_EQ(line.Request(), Bytes());
+}
+
+TEST(Vt63xSimCards, RepliesThatNobodyReadsHoldNothingUp) {
+  Sim sim({"--control", "--card", "01020304"});
+  Line line(sim.Line());
+  for (int round = 0; round < 5000; ++round) sim.Say("field list\n");  // beyond any pipe's size
+  EXPECT_EQ(line.Request(), Bytes({0x04, 0x00}));
+  sim.StopReading();
+  sim.Say("field list\n");
+  EXPECT_EQ(line.Request(), Bytes());
+  EXPECT_EQ(line.Request(), Bytes({0x04, 0x00}));
+  sim.Signal(SIGTERM);
+  EXPECT_EQ(sim.Exit(), 0);
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 
+#include <tuple>
+
 #include "tests/platform/window/test_dialog.h"
 
 namespace vt63x {
@@ -72,19 +74,16 @@ TEST_F(ControlTest, DropDownListInsertsWhereItIsTold) {
 TEST_F(ControlTest, FocusIsToldToEditsAndLists) {
   InDialog([](HWND dialog) {
     SetFocus(GetDlgItem(dialog, OTHER_BUTTON));
-    struct row {
-      int id;
-      int gained;
-      const char* lost;
-    };
-    for (const row& r : {row{SINGLE, EN_SETFOCUS, "11:512"}, row{MULTI, EN_SETFOCUS, "15:512"},
-                         row{LIST, LBN_SETFOCUS, "24:5"}, row{COMBO, CBN_SETFOCUS, "25:10 25:4"}}) {
+    using row = std::tuple<int, int, const char*>;
+    for (const auto& [id, gained, lost] :
+         {row{SINGLE, EN_SETFOCUS, "11:512"}, row{MULTI, EN_SETFOCUS, "15:512"},
+          row{LIST, LBN_SETFOCUS, "24:5"}, row{COMBO, CBN_SETFOCUS, "25:10 25:4"}}) {
       Commands();
-      SetFocus(GetDlgItem(dialog, r.id));
-      EXPECT_EQ(Commands(), std::to_string(r.id) + ':' + std::to_string(r.gained));
-      EXPECT_EQ(GetFocus(), GetDlgItem(dialog, r.id));
+      SetFocus(GetDlgItem(dialog, id));
+      EXPECT_EQ(Commands(), std::to_string(id) + ':' + std::to_string(gained));
+      EXPECT_EQ(GetFocus(), GetDlgItem(dialog, id));
       SetFocus(GetDlgItem(dialog, OTHER_BUTTON));
-      EXPECT_EQ(Commands(), r.lost);
+      EXPECT_EQ(Commands(), lost);
     }
   });
 }

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 
+#include <tuple>
+
 #include "tests/platform/window/test_dialog.h"
 
 namespace vt63x {
@@ -15,14 +17,7 @@ std::string Changed(int id) {
          std::to_string(kChange);
 }
 
-struct notification_row {
-  const char* what;
-  int id;
-  UINT message;
-  WPARAM wparam;
-  LPARAM lparam;
-  bool told;
-};
+using notification_row = std::tuple<const char*, int, UINT, WPARAM, LPARAM, bool>;
 
 const notification_row kRows[] = {
     {"set text", SINGLE, WM_SETTEXT, 0, reinterpret_cast<LPARAM>("abc"), true},
@@ -42,10 +37,10 @@ const notification_row kRows[] = {
 
 TEST_F(EditTest, ChangesAreToldAsOftenAsTheyShouldBe) {
   InDialog([](HWND dialog) {
-    for (const notification_row& row : kRows) {
+    for (const auto& [what, id, message, wparam, lparam, told] : kRows) {
       Commands();
-      SendDlgItemMessageA(dialog, row.id, row.message, row.wparam, row.lparam);
-      EXPECT_EQ(Commands(), row.told ? Changed(row.id) : "") << row.what;
+      SendDlgItemMessageA(dialog, id, message, wparam, lparam);
+      EXPECT_EQ(Commands(), told ? Changed(id) : "") << what;
     }
   });
 }

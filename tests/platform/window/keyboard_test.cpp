@@ -2,6 +2,8 @@
 
 // Keys that arrive through the message queue, as pressed ones do.
 
+#include <tuple>
+
 #include "tests/platform/window/test_dialog.h"
 
 namespace vt63x {
@@ -43,21 +45,18 @@ TEST_F(KeyboardTest, TabGoesThroughTheControlsThatCanBeUsed) {
   });
 }
 
-struct enter_row {
-  int focus;
-  int pressed;
-};
+using enter_row = std::tuple<int, int>;
 
 TEST_F(KeyboardTest, EnterPressesTheDefaultButtonOrTheFocusedOne) {
   WithDialog([](HWND dialog) {
-    for (const enter_row& row :
+    for (const auto& [focus, pressed] :
          {enter_row{SINGLE, DEFAULT_BUTTON}, enter_row{ONE_LINE, DEFAULT_BUTTON},
           enter_row{MULTI, DEFAULT_BUTTON}, enter_row{CHECK, DEFAULT_BUTTON}}) {
-      FocusOn(dialog, row.focus);
-      Press(dialog, row.focus, WM_KEYDOWN, VK_RETURN);
-      EXPECT_NE((' ' + Commands() + ' ').find(' ' + std::to_string(row.pressed) + ":0 "),
+      FocusOn(dialog, focus);
+      Press(dialog, focus, WM_KEYDOWN, VK_RETURN);
+      EXPECT_NE((' ' + Commands() + ' ').find(' ' + std::to_string(pressed) + ":0 "),
                 std::string::npos)
-          << row.focus;
+          << focus;
     }
     // A button that the keyboard brought the focus to is the one that Enter presses.
     FocusOn(dialog, DEFAULT_BUTTON);
@@ -118,17 +117,15 @@ TEST_F(KeyboardTest, EscapeInLinesReachesASubclassBeforeTheDialogIsAskedToClose)
 
 TEST_F(KeyboardTest, UnderlinedLettersReachTheirControls) {
   WithDialog([](HWND dialog) {
-    struct row {
-      char letter;
-      int focus;  // where the key arrives
-      int focus_after;
-      const char* commands;  // of buttons
-    };
-    for (const row& r : {row{'o', SINGLE, OTHER_BUTTON, "18:0"}, row{'s', OTHER_BUTTON, SINGLE, ""},
-                         row{'g', SINGLE, MULTI, ""}, row{'m', SINGLE, SINGLE, ""},
-                         row{'c', SINGLE, CHECK, "23:0"}, row{'t', SINGLE, TWIN_1, "19:0"}}) {
-      FocusOn(dialog, r.focus);
-      Press(dialog, r.focus, WM_SYSCHAR, static_cast<WPARAM>(r.letter));
+    // `focus`: where the key arrives
+    // `commands`: of buttons
+    using row = std::tuple<char, int, int, const char*>;
+    for (const auto& [letter, focus, focus_after, commands] :
+         {row{'o', SINGLE, OTHER_BUTTON, "18:0"}, row{'s', OTHER_BUTTON, SINGLE, ""},
+          row{'g', SINGLE, MULTI, ""}, row{'m', SINGLE, SINGLE, ""},
+          row{'c', SINGLE, CHECK, "23:0"}, row{'t', SINGLE, TWIN_1, "19:0"}}) {
+      FocusOn(dialog, focus);
+      Press(dialog, focus, WM_SYSCHAR, static_cast<WPARAM>(letter));
       std::string clicks;
       for (const recorded_message& m : Record().Take()) {
         if (m.message == WM_COMMAND && LOWORD(m.wparam) >= DEFAULT_BUTTON &&
@@ -136,8 +133,8 @@ TEST_F(KeyboardTest, UnderlinedLettersReachTheirControls) {
           clicks += std::to_string(LOWORD(m.wparam)) + ':' + std::to_string(HIWORD(m.wparam));
         }
       }
-      EXPECT_EQ(clicks, r.commands) << r.letter << " at " << r.focus;
-      EXPECT_EQ(Focus(dialog), r.focus_after) << r.letter << " at " << r.focus;
+      EXPECT_EQ(clicks, commands) << letter << " at " << focus;
+      EXPECT_EQ(Focus(dialog), focus_after) << letter << " at " << focus;
     }
   });
 }

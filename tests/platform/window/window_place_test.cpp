@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 
+#include <tuple>
+
 #include "tests/platform/window/test_dialog.h"
 
 namespace vt63x {
@@ -26,19 +28,16 @@ RECT InClient(HWND dialog, int id) {
 
 TEST_F(WindowPlaceTest, ControlsStandWhereTheTemplatePutsThem) {
   InDialog([](HWND dialog) {
-    struct row {
-      int id;
-      RECT units;
-    };
-    for (const row& r : {row{SINGLE, {50, 5, 130, 19}}, row{MULTI, {145, 10, 285, 70}},
-                         row{CHECK, {5, 120, 55, 130}}, row{LIST, {5, 140, 85, 190}}}) {
-      RECT expected = r.units;
+    using row = std::tuple<int, RECT>;
+    for (const auto& [id, units] : {row{SINGLE, {50, 5, 130, 19}}, row{MULTI, {145, 10, 285, 70}},
+                                    row{CHECK, {5, 120, 55, 130}}, row{LIST, {5, 140, 85, 190}}}) {
+      RECT expected = units;
       MapDialogRect(dialog, &expected);
-      const RECT seen = InClient(dialog, r.id);
-      EXPECT_NEAR(seen.left, expected.left, 1) << r.id;
-      EXPECT_NEAR(seen.top, expected.top, 1) << r.id;
-      EXPECT_NEAR(Width(seen), Width(expected), 1) << r.id;
-      EXPECT_NEAR(Height(seen), Height(expected), 1) << r.id;
+      const RECT seen = InClient(dialog, id);
+      EXPECT_NEAR(seen.left, expected.left, 1) << id;
+      EXPECT_NEAR(seen.top, expected.top, 1) << id;
+      EXPECT_NEAR(Width(seen), Width(expected), 1) << id;
+      EXPECT_NEAR(Height(seen), Height(expected), 1) << id;
     }
     RECT client{};
     RECT expected{0, 0, 300, 200};

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
 #include <vector>
 
 #include "platform/window/dialog.h"
@@ -108,10 +109,7 @@ INT_PTR CALLBACK Nothing(HWND, UINT, WPARAM, LPARAM) { return FALSE; }
 
 TEST(BrokenResourcesTest, StylesThatAreNotCarriedOutAreRefused) {
   NeedApplication();
-  struct row {
-    dialog_item item;
-    bool known;
-  };
+  using row = std::tuple<dialog_item, bool>;
   constexpr DWORD kNotify = 0x4000;    // BS_NOTIFY
   constexpr DWORD kPassword = 0x0020;  // ES_PASSWORD
   constexpr DWORD kRight = 0x0002;     // SS_RIGHT
@@ -120,7 +118,7 @@ TEST(BrokenResourcesTest, StylesThatAreNotCarriedOutAreRefused) {
   constexpr DWORD kRadio = 0x0004;     // BS_RADIOBUTTON
   dialog_item extended = Item(ControlClass::kEdit, 0);
   extended.ex_style = 0x20;  // WS_EX_TRANSPARENT
-  for (const row& r : {
+  for (const auto& [item, known] : {
            row{Item(ControlClass::kButton, BS_DEFPUSHBUTTON), true},
            row{Item(ControlClass::kButton, kNotify), false},
            row{Item(ControlClass::kButton, kRadio), false},
@@ -137,10 +135,10 @@ TEST(BrokenResourcesTest, StylesThatAreNotCarriedOutAreRefused) {
     dialog_template source;
     source.style = WS_CAPTION;
     source.rect = {0, 0, 50, 50};
-    source.items.push_back(r.item);
+    source.items.push_back(item);
     Dialog* const dialog = Dialog::Make(source, nullptr, Nothing);
-    EXPECT_EQ(dialog != nullptr, r.known)
-        << static_cast<int>(r.item.control_class) << ' ' << std::hex << r.item.style;
+    EXPECT_EQ(dialog != nullptr, known)
+        << static_cast<int>(item.control_class) << ' ' << std::hex << item.style;
     if (dialog != nullptr) dialog->Destroy();
   }
   Window::FreeDestroyed();

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 
+#include <tuple>
+
 #include "tests/shell/gui/program_test.h"
 
 namespace vt63x {
@@ -34,20 +36,18 @@ TEST_F(CommandLineTest, LinesThatDidTheirWorkComeBack) {
 TEST_F(CommandLineTest, LinesThatDidNotStayForCorrection) {
   Run([&] {
     Command(IDC_OPEN);
-    struct row {
-      const char* line;
-      const char* left;
-      const char* logged;  // in the last line of the log
-    };
-    for (const row& r : {row{"FOO 1", "FOO 1", "FOO"}, row{"GR", "GR", ""},
-                         row{"GR ", "GR ", "Invalid numeric format"}, row{"jmp x", "JMP X", ""},
-                         row{"brk", "BRK", ""}, row{"//> hello", "", "//< HELLO"}}) {
+    // `logged`: in the last line of the log
+    using row = std::tuple<const char*, const char*, const char*>;
+    for (const auto& [line, left, logged] :
+         {row{"FOO 1", "FOO 1", "FOO"}, row{"GR", "GR", ""},
+          row{"GR ", "GR ", "Invalid numeric format"}, row{"jmp x", "JMP X", ""},
+          row{"brk", "BRK", ""}, row{"//> hello", "", "//< HELLO"}}) {
       Command(IDM_CLEAR_LOG);
-      Enter(r.line);
-      EXPECT_EQ(Line(), r.left) << r.line;
-      EXPECT_NE(LastLine().find(r.logged), std::string::npos) << r.line << ": " << LastLine();
-      if (*r.logged == '\0') {
-        EXPECT_EQ(Log(), "") << r.line;
+      Enter(line);
+      EXPECT_EQ(Line(), left) << line;
+      EXPECT_NE(LastLine().find(logged), std::string::npos) << line << ": " << LastLine();
+      if (*logged == '\0') {
+        EXPECT_EQ(Log(), "") << line;
       }
     }
     EXPECT_EQ(Press(VK_UP), "//> HELLO");

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 
+#include <tuple>
+
 #include "tests/shell/gui/program_test.h"
 
 namespace vt63x {
@@ -19,18 +21,14 @@ TEST_F(DialogsTest, RegisterTextsAreCorrectedWhileTheyAreTyped) {
     const HWND dialog = OpenRegisterDialog();
     EXPECT_EQ(Text(dialog, IDC_ADDRESS), "00");
     EXPECT_EQ(Text(dialog, IDC_BINARY), "00000000");
-    struct row {
-      const char* typed;
-      const char* shown;
-      const char* binary;
-    };
-    for (const row& r :
+    using row = std::tuple<const char*, const char*, const char*>;
+    for (const auto& [typed, shown, binary] :
          {row{"2g", "20", "00100000"}, row{"1FF", "FF", "11111111"}, row{"a", "A", "00001010"},
           row{"", "", "00000000"}, row{"-1", "01", "00000001"}, row{"12345678A", "FF", "11111111"},
           row{"\xc3\xa4", "00", "00000000"}}) {
-      SetDlgItemTextA(dialog, IDC_VALUE, r.typed);
-      EXPECT_EQ(Text(dialog, IDC_VALUE), r.shown) << r.typed;
-      EXPECT_EQ(Text(dialog, IDC_BINARY), r.binary) << r.typed;
+      SetDlgItemTextA(dialog, IDC_VALUE, typed);
+      EXPECT_EQ(Text(dialog, IDC_VALUE), shown) << typed;
+      EXPECT_EQ(Text(dialog, IDC_BINARY), binary) << typed;
     }
     SetDlgItemTextA(dialog, IDC_ADDRESS, "");
     for (const char c : std::string("1g7"))

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 
+#include <tuple>
+
 #include "tests/shell/gui/program_test.h"
 
 namespace vt63x {
@@ -28,15 +30,13 @@ TEST_F(MainWindowTest, PortStateDecidesWhatCanBeUsed) {
 
 TEST_F(MainWindowTest, ResumeLineIsForgottenByTheButtonsAndNotByTheMenusOpen) {
   Run([&] {
-    struct row {
-      int command;
-      int left;
-    };
-    for (const row& r : {row{IDM_OPEN, 7}, row{IDM_CLOSE, 0}, row{IDC_OPEN, 0},
-                         row{IDC_ALL_TO_115K, 0}, row{IDM_9600_BPS, 7}, row{IDC_CLOSE, 0}}) {
+    using row = std::tuple<int, int>;
+    for (const auto& [command, left] :
+         {row{IDM_OPEN, 7}, row{IDM_CLOSE, 0}, row{IDC_OPEN, 0}, row{IDC_ALL_TO_115K, 0},
+          row{IDM_9600_BPS, 7}, row{IDC_CLOSE, 0}}) {
       ProgramState()->resume_line = 7;
-      Command(r.command);
-      EXPECT_EQ(ProgramState()->resume_line, r.left) << r.command;
+      Command(command);
+      EXPECT_EQ(ProgramState()->resume_line, left) << command;
     }
   });
 }
@@ -144,15 +144,11 @@ TEST_F(MainWindowTest, WidthStaysHeightGrowsOnlyAndThePaneFollows) {
     GetWindowRect(main(), &start);
     const int width = start.right - start.left;
     const int height = start.bottom - start.top;
-    struct row {
-      int width_change;
-      int height_change;
-      int height_after;
-    };
-    for (const row& r : {row{100, 0, 0}, row{-200, 0, 0}, row{0, -150, 0}, row{0, 120, 120},
-                         row{-50, 60, 60}, row{30, -300, 0}, row{-2000, -2000, 0}}) {
-      MoveWindow(main(), start.left, start.top, width + r.width_change, height + r.height_change,
-                 TRUE);
+    using row = std::tuple<int, int, int>;
+    for (const auto& [width_change, height_change, height_after] :
+         {row{100, 0, 0}, row{-200, 0, 0}, row{0, -150, 0}, row{0, 120, 120}, row{-50, 60, 60},
+          row{30, -300, 0}, row{-2000, -2000, 0}}) {
+      MoveWindow(main(), start.left, start.top, width + width_change, height + height_change, TRUE);
       RECT rect{};
       RECT pane{};
       RECT client{};
@@ -161,9 +157,9 @@ TEST_F(MainWindowTest, WidthStaysHeightGrowsOnlyAndThePaneFollows) {
       GetWindowRect(Item(IDC_LOG), &pane);
       GetClientRect(main(), &client);
       ClientToScreen(main(), &corner);
-      EXPECT_EQ(rect.right - rect.left, width) << r.width_change << ' ' << r.height_change;
-      EXPECT_EQ(rect.bottom - rect.top, height + r.height_after) << r.height_change;
-      EXPECT_EQ(pane.bottom, corner.y + client.bottom) << r.height_change;
+      EXPECT_EQ(rect.right - rect.left, width) << width_change << ' ' << height_change;
+      EXPECT_EQ(rect.bottom - rect.top, height + height_after) << height_change;
+      EXPECT_EQ(pane.bottom, corner.y + client.bottom) << height_change;
     }
   });
 }
