@@ -7,10 +7,14 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstring>
+#include <set>
 #include <tuple>
+#include <vector>
 
 #include "overlapped_call.h"
 #include "platform/kernel/errno_map.h"
+#include "platform/kernel/event.h"
+#include "platform/kernel/handle_table.h"
 #include "platform/kernel/port_name.h"
 #include "platform/kernel/timeout_plan.h"
 #include "platform/kernel/tty_settings.h"
@@ -129,6 +133,31 @@ TEST(TtySettings, RateToleranceEndsAtThreePercent) {
   EXPECT_TRUE(IsCloseTo(9312, 9600));
   EXPECT_FALSE(IsCloseTo(9311, 9600));
   EXPECT_FALSE(IsCloseTo(MAXDWORD, 4000000));
+}
+
+TEST(HandleTable, NoValueComesTwiceAndStaleOnesReachNothing) {
+  HandleTable table;
+  std::set<HANDLE> seen{nullptr, INVALID_HANDLE_VALUE};
+  HANDLE stale = nullptr;
+  for (int round = 0; round < 1000; ++round) {
+    const HANDLE handle = table.Add(std::make_shared<Event>());
+    EXPECT_TRUE(seen.insert(handle).second);
+    EXPECT_EQ(table.Find(stale), nullptr);
+    EXPECT_EQ(table.Remove(stale), nullptr);
+    EXPECT_NE(table.Remove(handle), nullptr);
+    stale = handle;
+  }
+}
+
+TEST(HandleTable, FullTableRefusesAndRecovers) {
+  HandleTable table;
+  const auto object = std::make_shared<Event>();
+  std::vector<HANDLE> handles;
+  for (std::size_t i = 0; i < HandleTable::kCapacity; ++i) handles.push_back(table.Add(object));
+  EXPECT_NE(handles.back(), nullptr);
+  EXPECT_EQ(table.Add(object), nullptr);
+  table.Remove(handles[100]);
+  EXPECT_NE(table.Add(object), nullptr);
 }
 
 }  // namespace

@@ -61,7 +61,9 @@ TEST_F(Win32Port, PendingReadIsIncompleteUntilItsByteComes) {
     EXPECT_EQ(read.Wait(20), DWORD{WAIT_TIMEOUT});
     EXPECT_EQ(read.Result(port_), ERROR_IO_INCOMPLETE);
     EXPECT_EQ(WritePort(port_, kReadVersion), ERROR_SUCCESS);
-    if (!wait_for_result) EXPECT_EQ(read.Wait(5000), DWORD{WAIT_OBJECT_0});
+    if (!wait_for_result) {
+      EXPECT_EQ(read.Wait(5000), DWORD{WAIT_OBJECT_0});
+    }
     EXPECT_EQ(read.Result(port_, wait_for_result), ERROR_SUCCESS);
     EXPECT_EQ(read.Wait(0), DWORD{WAIT_OBJECT_0});
     EXPECT_EQ(read.bytes, 1u);

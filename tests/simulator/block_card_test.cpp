@@ -4,12 +4,58 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <string>
+#include <tuple>
 
-#include "block_card_fixture.h"
+#include "simulator/value_block.h"
+#include "test_reader.h"
 
 namespace vt63x {
 namespace {
+
+constexpr Key kOtherKey = {0xB0, 0xB1, 0xB2, 0xB3, 0xB4, 0xB5};
+
+// A block card alone in the field, and what a reader does with it.
+class BlockCardTest : public testing::Test, protected ReaderBench {
+ protected:
+  explicit BlockCardTest(const char* name = "01020304")
+      : ReaderBench({name}), card(static_cast<BlockCard*>(field.cards()[0].get())) {}
+
+  // From anywhere: selected, and the key accepted.
+  bool Open(std::uint8_t block, const Key& key = kKey, std::uint8_t command = 0x60) {
+    const auto levels = reader.Activate(0x52);
+    const auto again = levels ? levels : reader.Activate(0x52);  // the first one was unexpected
+    return again && reader.Authenticate(command, block, key, *again);
+  }
+  ReaderAnswer Send(const Bytes& bytes) { return reader.Transceive(bytes); }
+  bool Write(std::uint8_t block, const Bytes& content) {
+    return Send({0xA0, block}).IsNibble(0xA) && Send(content).IsNibble(0xA);
+  }
+  Bytes Stored(std::size_t block) const {
+    const auto bytes = card->memory().subspan(16 * block, 16);
+    return {bytes.begin(), bytes.end()};
+  }
+  // The three condition bits of the four blocks of a sector, as its trailer holds them.
+  static Bytes Trailer(const std::array<unsigned, 4>& conditions) {
+    unsigned c1 = 0, c2 = 0, c3 = 0;
+    for (unsigned block = 0; block < 4; ++block) {
+      c1 |= (conditions[block] >> 2 & 1) << block;
+      c2 |= (conditions[block] >> 1 & 1) << block;
+      c3 |= (conditions[block] & 1) << block;
+    }
+    Bytes trailer(kKey.begin(), kKey.end());
+    for (const unsigned byte : {(~c2 & 15) << 4 | (~c1 & 15), c1 << 4 | (~c3 & 15), c3 << 4 | c2}) {
+      trailer.push_back(static_cast<std::uint8_t>(byte));
+    }
+    trailer.push_back(0x69);
+    trailer.insert(trailer.end(), kOtherKey.begin(), kOtherKey.end());
+    return trailer;
+  }
+
+  BlockCard* card;
+  const Bytes data = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+};
 
 TEST_F(BlockCardTest, DeliveredCardHoldsIdentifierAndTransportTrailers) {
   ASSERT_TRUE(Open(0));
@@ -206,6 +252,70 @@ TEST(PageCard, WritesOnePageAndReadsFourRoundTheEnd) {
        {Bytes{0xA2, 0x02, 0, 0, 0, 0}, Bytes{0xA2, 0x40, 0, 0, 0, 0}, Bytes{0x30, 0x40}}) {
     EXPECT_TRUE(reader.Transceive(refused).IsNibble(0x4)) << unsigned{refused[1]};
     ASSERT_TRUE(reader.Activate());
+  }
+}
+
+class NumberTest : public BlockCardTest {
+ protected:
+  // Block 4 holds the number, with 0x11 for its address; a session is open.
+  void Hold(std::int32_t value) {
+    ASSERT_TRUE(Open(4));
+    const auto block = PackValue({value, 0x11});
+    ASSERT_TRUE(Write(4, {block.begin(), block.end()}));
+  }
+  // Both steps; the answer of the second.
+  ReaderAnswer Step(std::uint8_t command, const Bytes& amount) {
+    EXPECT_TRUE(Send({command, 4}).IsNibble(0xA));
+    return Send(amount);
+  }
+  std::int32_t ValueAt(std::uint8_t block) {
+    const Bytes stored = Stored(block);
+    const auto value = UnpackValue(BlockView(stored.data(), 16));
+    EXPECT_TRUE(value && value->address == 0x11);
+    return value ? value->value : 0;
+  }
+};
+
+TEST_F(NumberTest, ArithmeticIsSilentAndTakesEffectWithTheTransfer) {
+  // `result`: none: does not fit
+  using Case = std::tuple<std::int32_t, std::uint8_t, Bytes, std::optional<std::int32_t>>;
+  constexpr std::int32_t kMin = -0x7FFFFFFF - 1;
+  for (const auto& [start, command, amount, result] : {
+           Case{100, 0xC0, {0x00, 0x01, 0, 0}, -156},
+           Case{-5, 0xC2, {9, 9, 9, 9}, -5},
+           Case{0x7FFFFFFE, 0xC1, {1, 0, 0, 0}, 0x7FFFFFFF},
+           Case{0x7FFFFFFF, 0xC1, {1, 0, 0, 0}, std::nullopt},
+           Case{-0x7FFFFFFF, 0xC0, {1, 0, 0, 0}, kMin},
+           Case{kMin, 0xC0, {1, 0, 0, 0}, std::nullopt},
+           Case{kMin, 0xC1, {0xFF, 0xFF, 0xFF, 0xFF}, 0x7FFFFFFF},
+       }) {
+    Hold(start);
+    const ReaderAnswer answer = Step(command, amount);
+    EXPECT_TRUE(result ? answer.timeout : answer.IsNibble(0x4));
+    EXPECT_EQ(ValueAt(4), start);
+    if (!result) continue;
+    EXPECT_TRUE(Send({0xB0, 6}).IsNibble(0xA));
+    EXPECT_EQ(ValueAt(6), result);
+    EXPECT_EQ(ValueAt(4), start);
+  }
+}
+
+TEST_F(NumberTest, LoadedNumberDoesNotOutliveTheSelection) {
+  Hold(100);
+  EXPECT_TRUE(Step(0xC1, {1, 0, 0, 0}).timeout);
+  ASSERT_TRUE(Open(4));
+  EXPECT_TRUE(Send({0xB0, 4}).IsNibble(0x4));
+  EXPECT_EQ(ValueAt(4), 100);
+}
+
+TEST_F(NumberTest, AnyBitThatDisagreesMakesABlockNoNumber) {
+  auto block = PackValue({0x12345678, 0x11});
+  EXPECT_TRUE(UnpackValue(block));
+  for (unsigned bit = 0; bit < 128; ++bit) {
+    const auto mask = static_cast<std::uint8_t>(1U << bit % 8);
+    block[bit / 8] ^= mask;
+    EXPECT_FALSE(UnpackValue(block)) << bit;
+    block[bit / 8] ^= mask;
   }
 }
 

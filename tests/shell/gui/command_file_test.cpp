@@ -37,33 +37,6 @@ TEST_F(CommandFileTest, ShortRunsNeverLeaveTheDialogOpen) {
   });
 }
 
-TEST_F(CommandFileTest, BreakEndsAnEndlessRun) {
-  Run([&] {
-    Command(IDC_OPEN);
-    SelectScript("::: LOOP\nINC ML0\nJMP LOOP\n");
-    Command(IDC_PROCESS_WCF);
-    const HWND dialog = WaitForWindow("Processing...");
-    EXPECT_EQ(IsWindowEnabled(main()), FALSE);
-    EXPECT_NE(FindWindowA("#32770", "Processing..."), nullptr);
-    Command(IDC_PROCESS_WCF);  // a second one does not start
-    PostMessageA(GetDlgItem(dialog, IDC_BREAK), BM_CLICK, 0, 0);
-    WaitUntilGone(dialog);
-    WaitForLog("User Break recognised.");
-    EXPECT_EQ(Log().find("Processing", 1), std::string::npos);
-  });
-}
-
-TEST_F(CommandFileTest, FileThatIsGoneOrUnreadableIsSaid) {
-  Run([&] {
-    Command(IDC_OPEN);
-    SelectScript("//> never\n");
-    std::filesystem::remove("script.wcf");
-    Command(IDC_PROCESS_WCF);
-    EXPECT_EQ(Log(), "Error: Cannot process WCF (not found).\r\n");
-    EXPECT_EQ(ProgramState()->script_running, 0);
-  });
-}
-
 TEST_F(CommandFileTest, OverrideNameRetargetsAsFarAsItFits) {
   Run([&] {
     Command(IDC_OPEN);
@@ -101,15 +74,19 @@ TEST_F(CommandFileTest, RegisterDialogStaysUsableDuringARun) {
     SelectScript("::: LOOP\nGR 36\nMR 2B FF 01\nJMP LOOP\n");
     Command(IDC_PROCESS_WCF);
     const HWND processing = WaitForWindow("Processing...");
+    EXPECT_NE(FindWindowA("#32770", "Processing..."), nullptr);
+    EXPECT_EQ(IsWindowEnabled(main()), FALSE);
     EXPECT_NE(IsWindowEnabled(dialog), FALSE);
+    Command(IDC_PROCESS_WCF);  // a second one does not start
     for (int i = 0; i < 40; ++i) {
       SendMessageA(dialog, WM_COMMAND, IDC_GET, 0);
       EXPECT_EQ(Text(dialog, IDC_RESULT), "GR: 37          // DATA == 91  // (STATUS: 0X0000)");
     }
-    PostMessageA(processing, WM_COMMAND, IDC_BREAK, 0);
+    PostMessageA(GetDlgItem(processing, IDC_BREAK), BM_CLICK, 0, 0);
     WaitUntilGone(processing);
     WaitForLog("User Break recognised.");
     std::string log = Log();
+    EXPECT_EQ(log.find("Processing", 1), std::string::npos);
     // Every line is whole.
     for (std::size_t end = 0; (end = log.find("\r\n")) != std::string::npos;
          log.erase(0, end + 2)) {
@@ -143,29 +120,19 @@ TEST_F(CommandFileTest, FloodOfLinesLeavesTheWindowAnswering) {
   });
 }
 
-class CloseInARunTest : public ProgramTest, public testing::WithParamInterface<bool> {};
-
-TEST_P(CloseInARunTest, EndsRunAndProgram) {
-  const bool by_menu = GetParam();
+TEST_F(CommandFileTest, ExitInARunEndsRunAndProgram) {
   const int result = Run([&] {
     Command(IDC_OPEN);
     SelectScript("::: LOOP\nGR 37\nJMP LOOP\n");
     Command(IDC_PROCESS_WCF);
     WaitForWindow("Processing...");
     WaitForLog("GR  37");
-    if (by_menu) {
-      Post(IDM_EXIT);
-    } else {
-      PostMessageA(main(), WM_CLOSE, 0, 0);
-    }
+    Post(IDM_EXIT);
     WaitUntilGone(main());
   });
   EXPECT_EQ(result, 0);
   EXPECT_EQ(ReadFile("wps_start.cfg"), "0");
 }
-
-INSTANTIATE_TEST_SUITE_P(Menu, CloseInARunTest, testing::Bool(),
-                         [](const auto& by) { return by.param ? "Exit" : "Close"; });
 
 }  // namespace
 }  // namespace vt63x

@@ -62,7 +62,11 @@ class ConfigurationTest : public ProgramTest,
 
 TEST_P(ConfigurationTest, FileOfAnyContentGivesAPort) {
   if (GetParam().content != nullptr) WriteFile("wps_start.cfg", GetParam().content);
-  Run([&] { EXPECT_EQ(Text(1010), GetParam().port); });
+  std::filesystem::create_directory("elsewhere");
+  Run([&] {
+    EXPECT_EQ(Text(1010), GetParam().port);
+    std::filesystem::current_path("elsewhere");  // it is written where the program started
+  });
   EXPECT_EQ(ReadFile("wps_start.cfg"), GetParam().written);
 }
 
@@ -75,41 +79,31 @@ INSTANTIATE_TEST_SUITE_P(
                     configuration_row{"\xff\x01\x02", "COM9:", "8"}),
     [](const auto& row) { return std::to_string(row.index); });
 
-TEST_F(MainWindowTest, ConfigurationIsWrittenWhereTheProgramStarted) {
-  std::filesystem::create_directory("elsewhere");
-  Run([&] { std::filesystem::current_path("elsewhere"); });
-  EXPECT_EQ(ReadFile("wps_start.cfg"), "0");
-}
-
 TEST_F(MainWindowTest, ConfigurationThatCannotBeWrittenIsNobodysTrouble) {
   std::filesystem::create_directory("wps_start.cfg");
   EXPECT_EQ(Run([] {}), 0);
 }
 
-struct interface_row {
-  const char* arguments;
-  bool shown;
-};
+using InterfaceRow = std::pair<const char*, bool>;
 
 class ProgrammingInterfaceTest : public ProgramTest,
-                                 public testing::WithParamInterface<interface_row> {};
+                                 public testing::WithParamInterface<InterfaceRow> {};
 
 TEST_P(ProgrammingInterfaceTest, IsThereWhenAskedFor) {
   const auto& [arguments, shown] = GetParam();
   Run(
-      [&] {
-        EXPECT_EQ(IsWindowVisible(Item(IDC_CPP_INTERFACE)) != FALSE, shown);
+      [&, expected = shown] {
+        EXPECT_EQ(IsWindowVisible(Item(IDC_CPP_INTERFACE)) != FALSE, expected);
         const HMENU menu = ProgramState()->pi_menu;
-        EXPECT_EQ(menu == nullptr ? 0 : GetMenuItemCount(menu), shown ? 3 : 0);
+        EXPECT_EQ(menu == nullptr ? 0 : GetMenuItemCount(menu), expected ? 3 : 0);
       },
       arguments);
 }
 
 INSTANTIATE_TEST_SUITE_P(Any, ProgrammingInterfaceTest,
-                         testing::Values(interface_row{"", false}, interface_row{"-pi", true},
-                                         interface_row{"-PI", true}, interface_row{"x,-pi", true},
-                                         interface_row{"-pix", false},
-                                         interface_row{"--other\t-Pi\n", true}),
+                         testing::Values(InterfaceRow{"", false}, InterfaceRow{"-PI", true},
+                                         InterfaceRow{"x,-pi", true}, InterfaceRow{"-pix", false},
+                                         InterfaceRow{"--other\t-Pi\n", true}),
                          [](const auto& row) { return std::to_string(row.index); });
 
 TEST_F(MainWindowTest, UserActionsNeedAPortAndReachTheCard) {
@@ -164,22 +158,6 @@ TEST_F(MainWindowTest, WidthStaysHeightGrowsOnlyAndThePaneFollows) {
   });
 }
 
-TEST_F(MainWindowTest, EscapeInEitherEditNeverCloses) {
-  Run([&] {
-    Command(IDC_OPEN);
-    for (const int id : {IDC_COMMAND_LINE, IDC_LOG}) {
-      SetDlgItemTextA(main(), IDC_COMMAND_LINE, "GR 3");
-      PostMessageA(Item(id), WM_KEYDOWN, VK_ESCAPE, 1);
-      WaitFor([&] { return Text(IDC_COMMAND_LINE).empty() || id == IDC_LOG; }, "the empty line");
-      Enter("SLP 0001");  // the close request is behind us then
-      EXPECT_NE(IsWindow(main()), FALSE);
-      WaitFor([] { return ProgramState()->ignore_close == 0; }, "the close request");
-    }
-    PostMessageA(main(), WM_CLOSE, 0, 0);
-    WaitUntilGone(main());
-  });
-}
-
 TEST_F(MainWindowTest, HelpAndPaneTextFollowTheLog) {
   Run([&] {
     Command(IDM_HELP_COMMANDS);
@@ -200,12 +178,6 @@ TEST_F(MainWindowTest, HelpAndPaneTextFollowTheLog) {
     EXPECT_GE(LOWORD(SendMessageA(Item(IDC_LOG), EM_GETSEL, 0, 0)), 16);
     Enter("CLL");
     EXPECT_EQ(Log(), "");
-  });
-}
-
-TEST_F(MainWindowTest, DumpFillsTheLog) {
-  Run([&] {
-    Command(IDC_OPEN);
     Command(IDC_DUMP_REGISTER);
     EXPECT_EQ(Log().find("Registersetting : \r\n    0  1  2"), 0u);
     EXPECT_EQ(SendMessageA(Item(IDC_LOG), EM_GETLINECOUNT, 0, 0), 7);
