@@ -6,16 +6,20 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
+#include "simulator/card_file.h"
+
 namespace vt63x {
 
 // The memory of a card, kept in a file when there is one: the bytes of the memory and nothing else.
 // The file is replaced as a whole, by a new one that takes its name once it is complete, so that it
-// holds the memory before a change or after it and nothing between. One program at a time.
+// holds the memory before a change or after it and nothing between. One program at a time has it,
+// from Open to the end of the object (card_file.h).
 class CardImage {
  public:
   // Without a file.
@@ -24,7 +28,8 @@ class CardImage {
   // What the file holds; where there is none, `fresh`, and the first change makes the file.
   // Nothing, and a line for the user in `error`, when it has not exactly the size of `fresh`, when
   // it does not begin with the first `fixed_count` bytes of `fresh`, or when it cannot be read and
-  // written. Nothing is written here. A link is followed.
+  // written, or is in use. Nothing is written here. Links are followed here and stay: a change
+  // replaces the file that they led to. One that leads nowhere is refused.
   static std::optional<CardImage> Open(const std::filesystem::path& path,
                                        std::vector<std::uint8_t> fresh, std::size_t fixed_count,
                                        std::string& error);
@@ -39,10 +44,9 @@ class CardImage {
   const std::string& store_error() const { return store_error_; }
 
  private:
-  bool Store() const;
-
   std::vector<std::uint8_t> bytes_;
-  std::filesystem::path path_;  // empty: no file
+  std::unique_ptr<CardFile> file_;  // null: no file
+  std::string name_;                // as the user wrote it
   std::string store_error_;
 };
 

@@ -59,11 +59,12 @@ TEST_F(CardFileTest, MemoryIsThereAgainWithTheNextCard) {
 }
 
 TEST_F(CardFileTest, FileThatDoesNotFitIsRefusedAndLeftAlone) {
-  const std::unique_ptr<Card> card = Make("01020304");
+  std::unique_ptr<Card> card = Make("01020304");
   ASSERT_TRUE(card);
   EXPECT_FALSE(fs::exists(path)) << "made by the first change";
   const auto memory = dynamic_cast<const BlockCard&>(*card).memory();
   const Bytes good(memory.begin(), memory.end());
+  card.reset();
   Bytes other = good, longer = good;
   other[3] = 0xFF;
   longer.push_back(0);
@@ -91,38 +92,71 @@ TEST_F(CardFileTest, WhatIsNoFileOrCannotBeMadeIsRefused) {
   EXPECT_NE(error.find("no such directory"), std::string::npos) << error;
 }
 
+TEST_F(CardFileTest, NameWithoutAFolderIsOneOfTheCurrentFolder) {
+  const fs::path before = fs::current_path();
+  fs::current_path(folder);
+  auto image = CardImage::Open("card.bin", Bytes(16, 0), 0, error);
+  fs::current_path(before);
+  ASSERT_TRUE(image) << error;
+  EXPECT_TRUE(image->Change(0, Bytes{1, 2}));
+  EXPECT_EQ(fs::file_size(path), 16u);
+}
+
+// Whether the file is there already or not.
+TEST_F(CardFileTest, FileInUseIsRefused) {
+  for (const bool exists : {false, true}) {
+    ASSERT_EQ(fs::exists(path), exists);
+    auto first = CardImage::Open(path, Bytes(16, 0), 0, error);
+    ASSERT_TRUE(first) << error;
+    EXPECT_FALSE(CardImage::Open(path, Bytes(16, 0), 0, error));
+    EXPECT_NE(error.find("in use"), std::string::npos) << error;
+    EXPECT_TRUE(first->Change(0, Bytes{1, 2}));
+    EXPECT_FALSE(CardImage::Open(path, Bytes(16, 0), 0, error)) << "replaced and free";
+  }
+}
+
 TEST_F(CardFileTest, LinkAndPermissionsOutliveAChange) {
-  const Bytes two = {1, 2};
-  std::ofstream(folder / "target") << std::string(16, 'x');
-  fs::permissions(folder / "target", fs::perms::owner_read | fs::perms::owner_write);
+  constexpr fs::perms kPrivate = fs::perms::owner_read | fs::perms::owner_write;
+  const fs::path target = folder / "target";
+  const fs::path bystander = folder / "bystander";
+  std::ofstream(bystander) << "text";
   std::error_code no_links;
   fs::create_symlink("target", path, no_links);
   if (no_links) GTEST_SKIP() << "no symbolic links here";
-  auto image = CardImage::Open(path, Bytes(16, 0), 0, error);
-  ASSERT_TRUE(image) << error;
-  EXPECT_TRUE(image->Change(0, two));
+  EXPECT_FALSE(CardImage::Open(path, Bytes(16, 0), 0, error));
+  EXPECT_NE(error.find("leads nowhere"), std::string::npos) << error;
+  for (const char* suffix : {".new", ".lock"}) {
+    fs::create_symlink(bystander, target.string() + suffix);
+  }
+  EXPECT_FALSE(CardImage::Open(target, Bytes(16, 0), 0, error)) << "locks what a link leads to";
+  fs::remove(target.string() + ".lock");
+  for (const fs::perms permissions : {kPrivate, kPrivate | fs::perms::group_read}) {
+    if (fs::exists(target)) fs::permissions(target, permissions);
+    auto image = CardImage::Open(fs::exists(target) ? path : target, Bytes(16, 0), 0, error);
+    ASSERT_TRUE(image) << error;
+    EXPECT_TRUE(image->Change(0, Bytes{1, 2}));
+    EXPECT_EQ(fs::status(target).permissions(), permissions);
+  }
   EXPECT_TRUE(fs::is_symlink(path));
-  EXPECT_EQ(Content(folder / "target")[1], 2);
-  EXPECT_EQ(fs::status(folder / "target").permissions(),
-            fs::perms::owner_read | fs::perms::owner_write);
+  EXPECT_EQ(Content(target)[1], 2);
+  EXPECT_EQ(fs::file_size(bystander), 4u);
 }
 
-// A directory in the place of the new file keeps it from being written.
+// A directory in the place of the file cannot be replaced by one.
 TEST_F(CardFileTest, ChangeThatCannotBeKeptIsRefusedAndUndone) {
   ReaderBench bench;
   auto& [chip, field, reader] = bench;
   ASSERT_TRUE(field.Add(Make("01020304:ostrel-page")));
-  const Bytes before = Content(path);
-  fs::create_directories(folder / "card.bin.new" / "full");
+  fs::create_directories(path / "full");
   ASSERT_TRUE(reader.Activate());
   EXPECT_TRUE(reader.Transceive({0xA2, 0x04, 1, 2, 3, 4}).IsNibble(0x4));
-  EXPECT_EQ(Content(path), before);
   ASSERT_EQ(StoreErrors(field).size(), 1u);
   EXPECT_NE(StoreErrors(field)[0].find("cannot be written"), std::string::npos);
   ASSERT_TRUE(reader.Activate());
   EXPECT_TRUE(reader.Transceive({0x30, 0x04}).Is(Bytes(16, 0)));
-  fs::remove_all(folder / "card.bin.new");
+  fs::remove_all(path);
   EXPECT_TRUE(reader.Transceive({0xA2, 0x04, 1, 2, 3, 4}).IsNibble(0xA));
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 2);  // and the lock
 }
 
 TEST(CardImage, ChangeOutsideIsRefused) {
