@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <system_error>
 
+#include "simulator/complain.h"
 #include "simulator/sim_options.h"
 
 namespace vt63x {
@@ -16,11 +17,13 @@ bool AccessTrace::Open(const std::string& path, std::string& error) {
     error = path + ": " + std::generic_category().message(errno);
     return false;
   }
+  path_ = path;
   start_ = std::chrono::steady_clock::now();
   return true;
 }
 
 void AccessTrace::OnAccess(const LineAnswer& answer) {
+  if (!file_) return;
   const auto elapsed = std::chrono::duration_cast<std::chrono::microseconds>(
       std::chrono::steady_clock::now() - start_);
   const Access& access = *answer.access;
@@ -32,7 +35,9 @@ void AccessTrace::OnAccess(const LineAnswer& answer) {
     std::fprintf(file_.get(), " %02X", answer.bytes[i]);
   }
   std::fputc('\n', file_.get());
-  std::fflush(file_.get());
+  if (std::fflush(file_.get()) == 0) return;
+  Complain(path_ + ": " + std::generic_category().message(errno) + "; the trace ends here");
+  file_.reset();
 }
 
 }  // namespace vt63x

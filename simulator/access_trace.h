@@ -19,7 +19,8 @@ namespace vt63x {
 //   1204518 R 37 91 -> 91
 //   1204731 W 01 0F -> 01
 //
-// Lines are in the file as soon as they are complete.
+// Lines are in the file as soon as they are complete. A file that takes no more is complained of
+// once, and left as it is.
 class AccessTrace final : public AccessObserver {
  public:
   // Replaces what the file holds. False and a line for the user in `error` on failure.
@@ -31,7 +32,8 @@ class AccessTrace final : public AccessObserver {
     void operator()(std::FILE* file) const { std::fclose(file); }
   };
 
-  std::unique_ptr<std::FILE, Close> file_;
+  std::unique_ptr<std::FILE, Close> file_;  // null once it takes no more
+  std::string path_;
   std::chrono::steady_clock::time_point start_;
 };
 

@@ -19,6 +19,8 @@ namespace {
 [[noreturn]] void Become(char* const* arguments, const sigset_t& mask, pid_t parent, int failure) {
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (::getppid() != parent) ::_exit(ChildProcess::kExitNotRun);  // it died before the line above
+  // An exec keeps what is ignored.
+  for (const int number : {SIGPIPE, SIGXFSZ}) ::signal(number, SIG_DFL);
   ::sigprocmask(SIG_SETMASK, &mask, nullptr);
   ::execvp(arguments[0], arguments);
   const int code = errno;

@@ -31,6 +31,19 @@ namespace {
 constexpr int kLineEnded = SIGUSR1;        // from the serving thread to the main one
 constexpr std::chrono::seconds kGrace{5};  // for a command that was told to end
 
+// Why a link at `path` to `device` cannot take the place of what is there; empty when it can.
+std::string WhatIsInTheWay(const std::string& path, const std::filesystem::path& device) {
+  std::error_code code;
+  const std::filesystem::file_type type = std::filesystem::symlink_status(path, code).type();
+  if (type == std::filesystem::file_type::not_found) return "";
+  if (type != std::filesystem::file_type::symlink) return path + ": is there and is not a link";
+  const std::filesystem::path target = std::filesystem::read_symlink(path, code);
+  const bool to_a_device = target.string().starts_with("/dev/");
+  if (to_a_device && (target == device || !std::filesystem::exists(target, code))) return "";
+  return path + ": is a link to " + target.string() + ", which " +
+         (to_a_device ? "is there: another simulator may serve it" : "is not a device");
+}
+
 // A symbolic link that is there as long as the object.
 class DeviceLink {
  public:
@@ -41,10 +54,13 @@ class DeviceLink {
     }
   }
 
-  // An older link in its place is replaced, anything else is left alone and makes this fail.
+  // A link that an earlier simulator left is replaced: one to this device, or to one that is gone.
+  // Anything else is left alone and makes this fail.
   bool Make(const std::string& path, const std::string& device, std::string& error) {
     std::error_code code;
-    if (std::filesystem::is_symlink(path, code)) std::filesystem::remove(path, code);
+    error = WhatIsInTheWay(path, device);
+    if (!error.empty()) return false;
+    std::filesystem::remove(path, code);
     std::filesystem::create_symlink(device, path, code);
     if (code) {
       error = path + ": " + code.message();
@@ -143,7 +159,8 @@ int ServeLine(const SimOptions& options) {
   AccessTrace trace;
   if (!SetUp(options, chip, trace)) return kExitNoDevice;
   std::string error;
-  if (options.control) ::signal(SIGPIPE, SIG_IGN);  // who has asked need not stay for the reply
+  // Who has asked need not stay for the reply, and a trace that cannot grow is no reason to end.
+  for (const int number : {SIGPIPE, SIGXFSZ}) ::signal(number, SIG_IGN);
   OwnDevice own;
   if (!own.Open(options.rfc2217, error)) {
     Complain(error);

@@ -35,7 +35,8 @@ what suffers is its answer:
   hang-up       the line goes away instead of the answer
 
 Cards: UID[:TYPE][=FILE]. UID is 8, 14 or 20 hexadecimal digits; FILE keeps the memory of the card
-and is made by the first change when there is none. TYPE:
+and is made by the first change when there is none. One program at a time has it, shown by a file
+FILE.lock beside it; a link is followed. TYPE:
   ostrel64      64 blocks of 16 bytes in sectors of four; keys 3C9A5E71B2D4 (the default)
   ostrel256     256 such blocks
   ostrel-page   64 pages of 4 bytes, without keys
@@ -67,9 +68,9 @@ Examples:
                                          two cards, the second with a memory that lasts
 
 Exit code: 0 after a signal or when a fault has taken the line away; 2 for wrong options; 3 when
-the device, the link, the trace or the file of a card could not be had. With a command: its own
-exit code, 128 plus the signal when one ended it, 127 when there is no such command, 126 when it
-cannot be run.
+the device, the trace or the file of a card could not be had, or when in the place of the link
+there is anything but a link to a device that is gone. With a command: its own exit code, 128 plus
+the signal when one ended it, 127 when there is no such command, 126 when it cannot be run.
 A SIGTERM or SIGHUP is passed on to the command, which has 5 seconds to end before it is killed.)";
 
 std::optional<std::uint8_t> ParseHexByte(std::string_view text, unsigned limit) {

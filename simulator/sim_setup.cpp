@@ -2,11 +2,9 @@
 
 #include "simulator/sim_setup.h"
 
-#include <cstdio>
+#include <string>
 
 namespace vt63x {
-
-void Complain(const std::string& text) { std::fprintf(stderr, "vt63x-sim: %s\n", text.c_str()); }
 
 bool SetUp(const SimOptions& options, Chip& chip, AccessTrace& trace) {
   for (const auto& [address, value] : options.registers) chip.Preset(address, value);

@@ -5,19 +5,15 @@
 
 // What vt63x-sim does on whichever line it serves.
 
-#include <string>
-
 #include "simulator/access_trace.h"
 #include "simulator/chip.h"
+#include "simulator/complain.h"
 #include "simulator/sim_options.h"
 
 namespace vt63x {
 
 // Of the program when the line, the trace or the file of a card could not be had.
 inline constexpr int kExitNoDevice = 3;
-
-// A line for the user on standard error.
-void Complain(const std::string& text);
 
 // Registers, cards and faults in the air as asked for, and the trace opened. False, having
 // complained, on failure.

@@ -10,8 +10,9 @@
 #include <string>
 
 #include "sim_process.h"
+#include "simulator/unique_fd.h"
 #include "test_reader.h"
-#include "tests/support/temp_directory.h"
+#include "tests/support/program.h"
 
 namespace vt63x {
 namespace {
@@ -97,7 +98,7 @@ TEST(Vt63xSim, CommandDoesNotOutliveAKilledSimulator) {
 TEST(Vt63xSimFiles, LinkLeadsToTheDeviceAndGoesWithIt) {
   const TempDirectory folder;
   const std::string link = folder.File("reader");
-  std::filesystem::create_symlink("nowhere", link);  // left by an earlier run
+  std::filesystem::create_symlink("/dev/no-such-device", link);  // left by an earlier run
   Sim sim({"--link", link, "--", "sh", "-c", "readlink $0; echo $VT63X_COM1", link});
   const std::string target = sim.Line();
   EXPECT_NE(target, "");
@@ -106,10 +107,34 @@ TEST(Vt63xSimFiles, LinkLeadsToTheDeviceAndGoesWithIt) {
   EXPECT_FALSE(std::filesystem::is_symlink(link));
 }
 
-TEST(Vt63xSimFiles, FileInTheLinksPlaceIsLeftAlone) {
+TEST(Vt63xSimFiles, WhatIsInTheLinksPlaceIsNamedAndLeftAlone) {
   const TempDirectory folder;
-  EXPECT_EQ(ExitOf({"--link", folder.Write("precious", "text"), "--", "true"}), 3);
+  const std::string link = folder.File("reader");
+  RunningProgram other(VT63X_SIM_PROGRAM, {"--link", folder.File("served")});
+  ASSERT_TRUE(other.WaitForOutput("/dev/"));
+  const std::string served = std::filesystem::read_symlink(folder.File("served"));
+  for (const std::string& target : {folder.Write("precious", "text"), served,
+                                    std::string("/dev/null"), std::string("unmounted/file")}) {
+    std::filesystem::create_symlink(target, link);
+    const ProgramResult result =
+        RunningProgram(VT63X_SIM_PROGRAM, {"--link", link, "--", "true"}).Finish();
+    EXPECT_EQ(result.exit_code, 3) << target;
+    EXPECT_NE(result.err.find(link + ": is a link to " + target), std::string::npos) << result.err;
+    EXPECT_EQ(std::filesystem::read_symlink(link), target);
+    std::filesystem::remove(link);
+  }
+  EXPECT_EQ(ExitOf({"--link", folder.File("precious"), "--", "true"}), 3);
   EXPECT_EQ(folder.Read("precious"), "text");
+}
+
+TEST(Vt63xSimFiles, TraceOnAFullDiskIsComplainedOfOnce) {
+  const char* const script =
+      R"(exec 3<>$VT63X_COM1; printf '\267\267' >&3; dd bs=1 count=2 <&3 2>/dev/null | od -An -tx1)";
+  const ProgramResult result =
+      RunningProgram(VT63X_SIM_PROGRAM, {"--trace", "/dev/full", "--", "sh", "-c", script})
+          .Finish();
+  EXPECT_EQ(result.out, " 91 91\n");
+  EXPECT_EQ(result.err, "vt63x-sim: /dev/full: No space left on device; the trace ends here\n");
 }
 
 TEST(Vt63xSimFiles, TraceHasOneLineForEachAccess) {
