@@ -55,6 +55,16 @@ void Switch(int socket, int level, int option, int value) {
   ::setsockopt(socket, level, option, &value, sizeof value);
 }
 
+// Has the system find out within 20 s that the other end is not there any more: it asks after 10 s
+// of silence, every 3 s, three times; and what was sent is acknowledged within 15 s.
+void WatchForLoss(int socket) {
+  Switch(socket, SOL_SOCKET, SO_KEEPALIVE, 1);
+  Switch(socket, IPPROTO_TCP, TCP_KEEPIDLE, 10);
+  Switch(socket, IPPROTO_TCP, TCP_KEEPINTVL, 3);
+  Switch(socket, IPPROTO_TCP, TCP_KEEPCNT, 3);
+  Switch(socket, IPPROTO_TCP, TCP_USER_TIMEOUT, 15'000);
+}
+
 // Of the port that the system has given; 0 when it does not say.
 int PortOf(int socket) {
   sockaddr_storage bound{};
@@ -115,9 +125,9 @@ bool Rfc2217Device::Accept() {
     if (!client) return opened;
     if (client_) continue;  // turned away
     Switch(client.get(), IPPROTO_TCP, TCP_NODELAY, 1);
-    Switch(client.get(), SOL_SOCKET, SO_KEEPALIVE, 1);
-    Switch(client.get(), IPPROTO_TCP, TCP_USER_TIMEOUT, 10'000);
+    WatchForLoss(client.get());
     client_ = std::move(client);
+    greeting_end_ = Now() + greeting_time_;
     decoder_ = {};
     outgoing_.clear();
     modem_mask_ = 0xFF;  // until the client says otherwise
@@ -129,6 +139,7 @@ bool Rfc2217Device::Accept() {
 void Rfc2217Device::LoseClient() {
   client_.Reset();
   outgoing_.clear();
+  greeting_end_ = kNever;
   client_gone_ = true;
 }
 
@@ -185,7 +196,9 @@ void Rfc2217Device::PulseRing(std::uint32_t milliseconds) {
 }
 
 void Rfc2217Device::OnTime() {
-  if (Now() >= pulse_end_) SetRing(false);
+  const std::int64_t now = Now();
+  if (now >= pulse_end_) SetRing(false);
+  if (now >= greeting_end_) LoseClient();
 }
 
 // Two notices in a row, on and off, however short the pulse: none is merged with the next.
@@ -204,6 +217,7 @@ void Rfc2217Device::OnData(rfc2217::Bytes data) {
 
 // Agrees once to what it knows, and turns the rest down; never answers an answer.
 void Rfc2217Device::OnNegotiation(Negotiation what, std::uint8_t option) {
+  if (option == rfc2217::kOptionComPort) greeting_end_ = kNever;
   const bool asks_us = what == Negotiation::kDo || what == Negotiation::kDont;
   const bool wanted = what == Negotiation::kDo || what == Negotiation::kWill;
   bool& agreed = agreed_[asks_us ? kOurSide : kTheirSide][option];
@@ -224,6 +238,7 @@ void Rfc2217Device::Answer(ComPort command, std::uint8_t value) {
 // The port has eight data bits, no parity, one stop bit and no flow control, and says so whatever
 // it is asked for.
 void Rfc2217Device::OnComPort(std::uint8_t command, rfc2217::Bytes value) {
+  greeting_end_ = kNever;
   if (outgoing_.size() >= kOutgoingSize) return;
   const std::uint8_t first = value.empty() ? std::uint8_t{0} : value[0];
   switch (static_cast<ComPort>(command)) {

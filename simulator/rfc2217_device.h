@@ -6,7 +6,12 @@
 // The serial port of a board as an access server offers it: RFC 2217 on a TCP port, for one client
 // at a time. A second one is turned away by closing its connection. The settings that the last
 // client made stay. Of the modem lines there is the ring indicator alone.
+//
+// A client that says nothing of RFC 2217 has no use for the board and is turned away after a while.
+// One that has vanished without a word (its host is off, the network in between cut) is noticed by
+// the system's probes of a silent connection, within 20 s.
 
+#include <algorithm>
 #include <string>
 
 #include "rfc2217/telnet.h"
@@ -18,6 +23,12 @@ namespace vt63x {
 
 class Rfc2217Device final : public LineDevice, public RingIndicator, private rfc2217::Listener {
  public:
+  static constexpr std::int64_t kGreetingTime = 5'000'000'000;
+
+  // How long a client may take, in nanoseconds, until it speaks of RFC 2217.
+  explicit Rfc2217Device(std::int64_t greeting_time = kGreetingTime)
+      : greeting_time_(greeting_time) {}
+
   // Listens on "host:port", "[address]:port" for IPv6; port 0 takes any that is free. False and a
   // line for the user in `error` on failure.
   bool Open(const std::string& address, std::string& error);
@@ -34,7 +45,7 @@ class Rfc2217Device final : public LineDevice, public RingIndicator, private rfc
   std::size_t Write(std::span<const std::uint8_t> bytes) override;
   bool HasUnsent() const override { return !outgoing_.empty(); }
   void SendRest() override;
-  std::int64_t due() const override { return pulse_end_; }
+  std::int64_t due() const override { return std::min(pulse_end_, greeting_end_); }
   void OnTime() override;
   void HangUp() override;
 
@@ -65,7 +76,9 @@ class Rfc2217Device final : public LineDevice, public RingIndicator, private rfc
   bool ring_ = false;
   std::uint8_t modem_mask_ = 0;
   std::int64_t pulse_end_ = kNever;
-  bool agreed_[2][256] = {};  // per side, ours first: options that are agreed on
+  const std::int64_t greeting_time_;
+  std::int64_t greeting_end_ = kNever;  // kNever: the client has spoken of it, or there is none
+  bool agreed_[2][256] = {};            // per side, ours first: options that are agreed on
 };
 
 }  // namespace vt63x

@@ -194,9 +194,11 @@ std::optional<SimOptions> ParseSimOptions(int argc, char** argv, int& exit_code)
                  "terminal; without --rfc2217, --pace, --link, --control and COMMAND")
       ->type_name("NAME");
   if (kHasOwnLines) {
-    app.add_option("--rfc2217", options.rfc2217,
-                   "serve on this TCP port by RFC 2217, one client at a time, instead\nof a pseudo "
-                   "terminal")
+    app.add_option(
+           "--rfc2217", options.rfc2217,
+           "serve on this TCP port by RFC 2217, one client at a time, instead\nof a pseudo "
+           "terminal; a client that vanished makes room within 20 s, one\nthat does not speak "
+           "RFC 2217 within 5 s")
         ->type_name("HOST:PORT");
   }
   app.add_option("--link", options.link, "make a symbolic link to the device while it is there")

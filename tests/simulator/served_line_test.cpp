@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
 
+#include <arpa/inet.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <netinet/tcp.h>
 #include <poll.h>
 #include <sys/ioctl.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
@@ -14,6 +17,7 @@
 #include <vector>
 
 #include "simulator/pty_server.h"
+#include "simulator/rfc2217_device.h"
 #include "simulator/unique_fd.h"
 
 namespace vt63x {
@@ -222,6 +226,64 @@ TEST(ServedLine, PacedReadTakesTwoByteTimes) {
   server.Stop();
   EXPECT_EQ(server.line().pace_report().answers, std::uint64_t{kReads});
   EXPECT_GE(server.line().pace_report().total_late, 0);
+}
+
+// A TCP connection to an access server of this machine.
+UniqueFd ConnectTo(const std::string& path) {
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  address.sin_port = htons(static_cast<std::uint16_t>(std::stoi(path.substr(path.rfind(':') + 1))));
+  UniqueFd client(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  EXPECT_EQ(::connect(client.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+  return client;
+}
+
+TEST(Rfc2217Device, ClientThatSaysNothingOfTheProtocolIsTurnedAway) {
+  struct Case {
+    std::string says;
+    bool stays;
+  };
+  for (const Case& c : {Case{"", false}, Case{"GET / HTTP/1.0\r\n\r\n\xFF\xFB\x01", false},
+                        Case{"\xFF\xFB\x2C", true}}) {
+    Rfc2217Device device(50'000'000);
+    std::string error;
+    ASSERT_TRUE(device.Open("127.0.0.1:0", error)) << error;
+    const UniqueFd client = ConnectTo(device.path());
+    ASSERT_TRUE(Eventually([&] { return device.TakeChange() == LineDevice::Change::kOpened; }));
+    ASSERT_EQ(::write(client.get(), c.says.data(), c.says.size()),
+              static_cast<ssize_t>(c.says.size()));
+    LineDevice::Change change = LineDevice::Change::kNone;
+    EXPECT_TRUE(Eventually([&] {
+      std::uint8_t bytes[64];
+      device.Read(bytes);
+      if (device.due() == LineDevice::kNever) return true;
+      device.OnTime();
+      change = device.TakeChange();
+      return change != LineDevice::Change::kNone;
+    }));
+    EXPECT_EQ(change == LineDevice::Change::kNone, c.stays) << c.says;
+  }
+}
+
+// What the system does with these settings takes longer than a test may.
+TEST(Rfc2217Device, VanishedClientIsLookedForWithinHalfAMinute) {
+  Rfc2217Device device;
+  std::string error;
+  ASSERT_TRUE(device.Open("127.0.0.1:0", error)) << error;
+  const UniqueFd client = ConnectTo(device.path());
+  ASSERT_TRUE(Eventually([&] { return device.TakeChange() == LineDevice::Change::kOpened; }));
+  const auto option = [&](int level, int name) {
+    int value = 0;
+    socklen_t size = sizeof value;
+    EXPECT_EQ(::getsockopt(device.client_fd(), level, name, &value, &size), 0);
+    return value;
+  };
+  EXPECT_NE(option(SOL_SOCKET, SO_KEEPALIVE), 0);
+  EXPECT_LE(option(IPPROTO_TCP, TCP_KEEPIDLE) +
+                option(IPPROTO_TCP, TCP_KEEPINTVL) * option(IPPROTO_TCP, TCP_KEEPCNT),
+            30);
+  EXPECT_LE(option(IPPROTO_TCP, TCP_USER_TIMEOUT), 30'000);
 }
 
 }  // namespace
