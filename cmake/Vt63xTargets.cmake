@@ -20,6 +20,9 @@ if(WIN32)
   target_compile_options(vt63x_flags INTERFACE
     -Wno-restrict -Wno-maybe-uninitialized -Wno-stringop-overread)
 endif()
+if(VT63X_FUZZ)
+  target_compile_options(vt63x_flags INTERFACE -w)  # the usual compiler judges, not this one
+endif()
 if(VT63X_SANITIZE)
   target_compile_options(vt63x_flags INTERFACE
     -fsanitize=${VT63X_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
