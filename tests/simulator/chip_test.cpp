@@ -8,9 +8,8 @@
 
 #include <string>
 
-#include "test_reader.h"
-
 #include "simulator/serial_speed.h"
+#include "test_reader.h"
 
 namespace vt63x {
 namespace {
