@@ -192,6 +192,7 @@ DWORD RemoteLine::PurgeOutput() {
 DWORD RemoteLine::ModemStatus(DWORD* status) {
   Flush();
   TakeIn();
+  TakeIn();  // the end of the connection, which may stand behind the bytes that the first one took
   *status = modem_state_ & DWORD{MS_CTS_ON | MS_DSR_ON | MS_RING_ON | MS_RLSD_ON};
   return lost_ ? ERROR_DEVICE_NOT_CONNECTED : ERROR_SUCCESS;
 }

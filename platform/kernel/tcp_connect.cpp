@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
@@ -21,6 +22,17 @@ namespace vt63x::kernel {
 namespace {
 
 constexpr std::string_view kScheme = "rfc2217://";
+
+bool IsNumber(std::string_view text) {
+  return std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });
+}
+
+// The resolver would take a larger number and drop its upper bits.
+bool IsTcpPort(std::string_view digits) {
+  std::uint16_t port = 0;
+  const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), port);
+  return result.ec == std::errc() && port != 0;
+}
 
 struct Addresses {
   struct Free {
@@ -131,6 +143,7 @@ std::optional<RemoteName> ParseRemoteName(std::string_view name) {
   }
   const auto is_end = [](char c) { return c == '/' || c == '?' || c == ' '; };
   if (host.empty() || port.empty() || std::ranges::any_of(port, is_end)) return std::nullopt;
+  if (IsNumber(port) && !IsTcpPort(port)) return std::nullopt;
   return RemoteName{std::string(host), std::string(port)};
 }
 

@@ -15,6 +15,7 @@
 
 #include "platform/kernel/errno_map.h"
 #include "platform/kernel/poll_until.h"
+#include "platform/kernel/retry.h"
 #include "platform/kernel/tty_settings.h"
 
 namespace vt63x::kernel {
@@ -38,12 +39,18 @@ constexpr ModemLine kModemLines[] = {
 
 // Non-blocking, because opening a line would else wait for its carrier and a FIFO for its peer.
 FileDescriptor OpenDevice(const std::string& path) {
-  return FileDescriptor(open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+  return FileDescriptor(
+      Retry([&] { return open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC); }));
 }
 
 bool IsPseudoTerminal(const struct stat& device) {
   const unsigned number = major(device.st_rdev);
   return number >= kFirstPseudoMajor && number <= kLastPseudoMajor;
+}
+
+template <typename Argument>
+int Control(const FileDescriptor& device, unsigned long request, Argument argument) {
+  return Retry([&] { return ioctl(device.get(), request, argument); });
 }
 
 bool LacksRequest(int error_number) { return error_number == ENOTTY || error_number == EINVAL; }
@@ -52,10 +59,10 @@ bool LacksRequest(int error_number) { return error_number == ENOTTY || error_num
 // that much. Drivers that do not know the request lose nothing.
 void AskForLowLatency(const FileDescriptor& device) {
   serial_struct serial{};
-  if (ioctl(device.get(), TIOCGSERIAL, &serial) != 0) return;
+  if (Control(device, TIOCGSERIAL, &serial) != 0) return;
   if ((serial.flags & static_cast<int>(ASYNC_LOW_LATENCY)) != 0) return;
   serial.flags |= static_cast<int>(ASYNC_LOW_LATENCY);
-  ioctl(device.get(), TIOCSSERIAL, &serial);
+  Control(device, TIOCSSERIAL, &serial);
 }
 
 }  // namespace
@@ -70,17 +77,18 @@ DWORD TtyLine::Open(const std::string& path, std::unique_ptr<LineSource>* line) 
 }
 
 TtyLine::~TtyLine() {
-  if (claimed_) ioctl(io_.get(), TIOCNXCL);
+  if (claimed_) Control(io_, TIOCNXCL, 0);
 }
 
 DWORD TtyLine::OpenBoth(const std::string& path) {
   io_ = OpenDevice(path);
   if (!io_.valid()) return OpenError(errno);
   termios2 settings{};
-  if (ioctl(io_.get(), TCGETS2, &settings) != 0) return OpenError(errno);
+  if (Control(io_, TCGETS2, &settings) != 0) return OpenError(errno);
   // The lock comes before the second opening: of two programs that start at the same time, one
   // gets it and the other goes away without having touched the line.
-  if (flock(io_.get(), LOCK_EX | LOCK_NB) != 0) return OpenError(errno);
+  const int locked = Retry([&] { return flock(io_.get(), LOCK_EX | LOCK_NB); });
+  if (locked != 0) return OpenError(errno);
   timed_ = OpenDevice(path);
   if (!timed_.valid()) return OpenError(errno);
   const int flags = fcntl(timed_.get(), F_GETFL);
@@ -102,7 +110,7 @@ DWORD TtyLine::Claim() {
   // Another adapter may have taken the name between the two openings.
   if (first.st_rdev != second.st_rdev) return ERROR_FILE_NOT_FOUND;
   if (IsPseudoTerminal(first)) return ERROR_SUCCESS;
-  if (ioctl(io_.get(), TIOCEXCL) != 0) return OpenError(errno);
+  if (Control(io_, TIOCEXCL, 0) != 0) return OpenError(errno);
   claimed_ = true;
   return ERROR_SUCCESS;
 }
@@ -111,9 +119,9 @@ DWORD TtyLine::Claim() {
 // open; they go off with the first settings.
 DWORD TtyLine::SetUp() {
   termios2 settings{};
-  if (ioctl(io_.get(), TCGETS2, &settings) != 0) return OpenError(errno);
+  if (Control(io_, TCGETS2, &settings) != 0) return OpenError(errno);
   MakeRaw(&settings);
-  if (ioctl(io_.get(), TCSETS2, &settings) != 0) return OpenError(errno);
+  if (Control(io_, TCSETS2, &settings) != 0) return OpenError(errno);
   AskForLowLatency(io_);
   const DWORD error = PurgeInput();
   return error == ERROR_DEVICE_NOT_CONNECTED ? ERROR_FILE_NOT_FOUND : error;
@@ -121,19 +129,19 @@ DWORD TtyLine::SetUp() {
 
 DWORD TtyLine::Configure(DWORD bit_rate) {
   termios2 before{};
-  if (ioctl(io_.get(), TCGETS2, &before) != 0) return UseError(errno);
+  if (Control(io_, TCGETS2, &before) != 0) return UseError(errno);
   termios2 settings = before;
   SetBitRate(&settings, bit_rate);
-  if (ioctl(io_.get(), TCSETS2, &settings) != 0) return UseError(errno);
+  if (Control(io_, TCSETS2, &settings) != 0) return UseError(errno);
   // A driver does not refuse a rate it cannot do: it sets another one.
   termios2 after{};
-  if (ioctl(io_.get(), TCGETS2, &after) != 0) return UseError(errno);
+  if (Control(io_, TCGETS2, &after) != 0) return UseError(errno);
   if (!IsCloseTo(after.c_ospeed, bit_rate)) {
-    ioctl(io_.get(), TCSETS2, &before);
+    Control(io_, TCSETS2, &before);
     return ERROR_INVALID_PARAMETER;
   }
   const int off = TIOCM_DTR | TIOCM_RTS;
-  if (ioctl(io_.get(), TIOCMBIC, &off) != 0 && !LacksRequest(errno)) return UseError(errno);
+  if (Control(io_, TIOCMBIC, &off) != 0 && !LacksRequest(errno)) return UseError(errno);
   return ERROR_SUCCESS;
 }
 
@@ -181,17 +189,17 @@ LineHealth TtyLine::WaitWritable(Deadline deadline) { return WaitFor(POLLOUT, de
 void TtyLine::Interrupt() { eventfd_write(wake_.get(), 1); }
 
 DWORD TtyLine::PurgeInput() {
-  return ioctl(io_.get(), TCFLSH, TCIFLUSH) == 0 ? ERROR_SUCCESS : UseError(errno);
+  return Control(io_, TCFLSH, TCIFLUSH) == 0 ? ERROR_SUCCESS : UseError(errno);
 }
 
 DWORD TtyLine::PurgeOutput() {
-  return ioctl(io_.get(), TCFLSH, TCOFLUSH) == 0 ? ERROR_SUCCESS : UseError(errno);
+  return Control(io_, TCFLSH, TCOFLUSH) == 0 ? ERROR_SUCCESS : UseError(errno);
 }
 
 DWORD TtyLine::ModemStatus(DWORD* status) {
   *status = 0;
   int lines = 0;
-  if (ioctl(io_.get(), TIOCMGET, &lines) != 0) {
+  if (Control(io_, TIOCMGET, &lines) != 0) {
     return LacksRequest(errno) ? ERROR_SUCCESS : UseError(errno);
   }
   for (const ModemLine& row : kModemLines) {
@@ -202,7 +210,7 @@ DWORD TtyLine::ModemStatus(DWORD* status) {
 
 DWORD TtyLine::Ring(RingState* state) {
   serial_icounter_struct counters{};
-  if (ioctl(io_.get(), TIOCGICOUNT, &counters) == 0) {
+  if (Control(io_, TIOCGICOUNT, &counters) == 0) {
     *state = {true, static_cast<std::uint32_t>(counters.rng), false};
     return ERROR_SUCCESS;
   }

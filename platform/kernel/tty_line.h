@@ -21,7 +21,8 @@ namespace vt63x::kernel {
 class TtyLine final : public LineSource {
  public:
   // Opens a device exclusively, in raw mode, with stale input thrown away. ERROR_FILE_NOT_FOUND,
-  // ERROR_ACCESS_DENIED (no rights, or in use) or ERROR_INVALID_PARAMETER (not a serial line).
+  // ERROR_ACCESS_DENIED (in use), ERROR_PRIVILEGE_NOT_HELD or ERROR_INVALID_PARAMETER (not a serial
+  // line).
   static DWORD Open(const std::string& path, std::unique_ptr<LineSource>* line);
 
   ~TtyLine() override;

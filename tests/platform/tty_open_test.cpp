@@ -57,7 +57,7 @@ TEST(TtyOpen, WithoutRightsAccessIsDenied) {
   ASSERT_EQ(seteuid(root ? kNobody : geteuid()), 0);
   SetLastError(0xDEADBEEF);
   EXPECT_EQ(OpenPort(), INVALID_HANDLE_VALUE);
-  EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+  EXPECT_EQ(GetLastError(), ERROR_PRIVILEGE_NOT_HELD);
   ASSERT_EQ(seteuid(root ? 0 : geteuid()), 0);
 }
 

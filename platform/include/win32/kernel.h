@@ -75,6 +75,14 @@ DWORD WINAPI GetCurrentThreadId();
 // Ends the program at once, whatever its threads do; no destructor runs.
 [[noreturn]] void WINAPI ExitProcess(UINT exit_code);
 
+// From now on `handler`, on a thread of its own, is told of what would end the program from
+// outside, as CTRL_C_EVENT (SIGINT), CTRL_CLOSE_EVENT (SIGHUP) or CTRL_SHUTDOWN_EVENT (SIGTERM);
+// FALSE from it lets the signal do what it does without a handler. A signal that is ignored stays
+// so. Differences: there is one handler, given once (`add` TRUE), by the program's first thread
+// before it makes another, because threads made earlier would take the signals; a program that
+// handles its end also sees a write fail when nobody reads the pipe, where SIGPIPE would end it.
+BOOL WINAPI SetConsoleCtrlHandler(PHANDLER_ROUTINE handler, BOOL add);
+
 // Copies the current directory, without a final separator. Returns its length, or the size needed
 // with the terminator when `size` is too small, or 0 on failure.
 DWORD WINAPI GetCurrentDirectoryA(DWORD size, LPSTR buffer);
@@ -89,8 +97,8 @@ BOOL WINAPI SetEnvironmentVariableA(LPCSTR name, LPCSTR value);
 // GENERIC_WRITE, no sharing, OPEN_EXISTING, FILE_FLAG_OVERLAPPED or 0. COMn is the device that the
 // environment variable VT63X_COMn names, else (unset or empty) /dev/ttyS(n-1). The line is held
 // exclusively, what it received before is thrown away, and no modem line is moved.
-// INVALID_HANDLE_VALUE on failure: ERROR_FILE_NOT_FOUND, ERROR_ACCESS_DENIED (no rights, or in
-// use), ERROR_INVALID_PARAMETER (not a serial line).
+// INVALID_HANDLE_VALUE on failure: ERROR_FILE_NOT_FOUND, ERROR_ACCESS_DENIED (in use),
+// ERROR_PRIVILEGE_NOT_HELD (no right to the device), ERROR_INVALID_PARAMETER (not a serial line).
 // Difference: a fresh port has the line settings that it had before and time-outs that read what
 // is there without waiting.
 HANDLE WINAPI CreateFileA(LPCSTR name, DWORD access, DWORD share_mode,
