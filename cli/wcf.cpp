@@ -129,8 +129,8 @@ ExitCode CheckFile(const std::string& path) {
   if (findings.size() >= vt63x::MOST_FINDINGS) {
     std::fprintf(stderr, "wcf: %s: that is enough; the rest is not looked at\n", path.c_str());
   }
-  std::fprintf(stderr, "wcf: %s: %zu lines, %u errors, %u warnings\n", path.c_str(), file.size(),
-               errors, warnings);
+  std::fprintf(stderr, "wcf: %s: %u lines, %u errors, %u warnings\n", path.c_str(),
+               file.line_count(), errors, warnings);
   return errors > 0 ? vt63x::EXIT_BAD_LINES : vt63x::EXIT_ALL_DONE;
 }
 

@@ -38,8 +38,16 @@ class CommandFile {
   CommandFile(const CommandFile&) = delete;
   CommandFile& operator=(const CommandFile&) = delete;
 
+  // Lines by their place among those that are kept: each run of idle lines is one, so that a file
+  // of empty lines takes no memory.
   std::size_t size() const { return lines_.size(); }
   const DecodedLine& line(std::size_t index) const { return lines_[index]; }
+  // How many lines of the file `line(index)` stands for: 1, or more where it is idle.
+  std::uint32_t LinesOf(std::size_t index) const;
+  // The index under which line number `number`, from 0, stands; size() behind the last.
+  std::size_t Find(std::uint32_t number) const;
+  // All lines of the file, pieces of long ones included.
+  std::uint32_t line_count() const { return line_count_; }
   // The line's text behind its command and cell operands, folded to capitals.
   const char* text(const DecodedLine& line) const { return text_.data() + line.text; }
 
@@ -53,15 +61,16 @@ class CommandFile {
   void AddPiece(std::string_view piece, std::uint32_t file_line);
   void ResolveJumps();
 
-  std::string text_;  // all pieces, each terminated
+  std::string text_;  // all pieces but idle ones, each terminated
   std::vector<DecodedLine> lines_;
   std::vector<DuplicateLabel> duplicate_labels_;
   std::vector<std::uint32_t> long_lines_;
   std::uint32_t cut_line_ = 0;
+  std::uint32_t line_count_ = 0;
 };
 
-// Reads the bytes of a file. 0, or the errno value of what went wrong (EISDIR for a directory,
-// EFBIG above LARGEST_COMMAND_FILE).
+// Reads the bytes of a file, also while signals arrive. 0, or the errno value of what went wrong
+// (EISDIR for a directory, EFBIG above LARGEST_COMMAND_FILE).
 int ReadWholeFile(const char* path, std::string& content);
 
 }  // namespace vt63x

@@ -45,4 +45,6 @@ DecodedLine DecodeLine(char* line) {
 
 bool IsJump(const DecodedLine& line) { return line.command == kJmp || line.command == kJne; }
 
+bool IsIdle(const DecodedLine& line) { return line.command == kEmpty || line.command == kComment; }
+
 }  // namespace vt63x

@@ -19,6 +19,7 @@ struct DecodedLine {
   std::uint32_t text = 0;  // offset of the rest of the line, behind the command and these operands
   std::uint32_t target = kNoTarget;  // of a jump in a command file: the line of its label
   std::uint32_t file_line = 0;       // place in the command file, from 1
+  std::uint32_t number = 0;          // of the line as the run counts lines, from 0
 };
 
 // The commands by their row in the command table, in the order in which a command word is compared.
@@ -55,6 +56,9 @@ DecodedLine DecodeLine(char* line);
 
 // True for JMP and JNE.
 bool IsJump(const DecodedLine& line);
+
+// True for lines that do nothing and that nothing refers to: empty ones and comments.
+bool IsIdle(const DecodedLine& line);
 
 }  // namespace vt63x
 

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <new>
 #include <string>
+#include <utility>
 
 #include "script/command_table.h"
 #include "script/interpreter.h"
@@ -52,13 +53,22 @@ DWORD WINAPI RunCommandFile(void* action) {
 // file.
 ScriptEnd RunLines(LineParser& parser, const CommandFile& file) {
   AppState& state = *parser.action->app_state;
-  std::size_t next = static_cast<std::size_t>(std::max(0, state.resume_line.load()));
+  const auto skipped = static_cast<std::uint32_t>(std::max(0, state.resume_line.load()));
+  std::size_t next = file.Find(skipped);
+  // Idle lines that stand before the first of the run and in one entry with it.
+  std::uint32_t before = next < file.size() ? skipped - file.line(next).number : 0;
   while (next < file.size()) {
     if (state.script_running == 0) {
       log_append(parser.action, "User Break recognised.", 1);
       return ScriptEnd::kUserBreak;
     }
-    const DecodedLine& line = file.line(next++);
+    const std::size_t index = next++;
+    const DecodedLine& line = file.line(index);
+    if (IsIdle(line)) {
+      parser.totals.lines += file.LinesOf(index) - std::exchange(before, 0);
+      state.resume_line.store(0, std::memory_order_relaxed);
+      continue;
+    }
     parser.line = line.file_line;
     const int result = ExecuteDecoded(parser, line, file.text(line));
     if (result == LINE_JUMP && line.target != DecodedLine::kNoTarget) {
@@ -66,7 +76,7 @@ ScriptEnd RunLines(LineParser& parser, const CommandFile& file) {
       continue;
     }
     if (result == LINE_BREAK) {
-      state.resume_line = static_cast<std::int32_t>(next);
+      state.resume_line = static_cast<std::int32_t>(line.number + 1);
       return ScriptEnd::kBreakCommand;
     }
     state.resume_line.store(0, std::memory_order_relaxed);

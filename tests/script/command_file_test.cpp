@@ -76,6 +76,19 @@ TEST(CommandFileTest, JumpsFindTheFirstLabelOfTheirName) {
   EXPECT_EQ(file.duplicate_labels()[0].first_line, 3u);
 }
 
+// A line takes 24 bytes beside its text; 64 million of them would take 1.6 GB.
+TEST(CommandFileTest, LinesThatDoNothingTakeNoMemory) {
+  std::string content(1'000'000, '\n');
+  for (int i = 0; i < 1000; ++i) content += "// x\r\n \r\n";
+  const CommandFile file(content + "GR 37\n\n");
+  EXPECT_EQ(file.size(), 3u);
+  EXPECT_EQ(file.line_count(), 1'002'002u);
+  EXPECT_EQ(file.LinesOf(0), 1'002'000u);
+  EXPECT_EQ(file.Find(1'001'999), 0u);
+  EXPECT_EQ(file.line(file.Find(1'002'000)).command, kGr);
+  EXPECT_EQ(file.Find(1'002'002), file.size());
+}
+
 TEST(CommandFileTest, AnyBytesAreTaken) {
   std::string content;
   unsigned value = 1;
