@@ -11,6 +11,8 @@
 namespace vt63x {
 namespace {
 
+constexpr std::int32_t kLongestTimeMs = 0xFFFF;
+
 std::string TokenAt(const char* text) {
   token_buffer token;
   ScanToken(text, token);
@@ -57,12 +59,26 @@ class Checker {
     if (line.command == kChb && !IsHostBitRate(ParseDecimal(token.c_str()))) {
       Fault(line, ScriptFaultKind::kBadBitRate, token);
     }
+    CheckTime(line);
     if (!IsJump(line)) return;
     if (token.empty()) {
       Fault(line, ScriptFaultKind::kJumpWithoutLabel, "");
     } else if (line.target == DecodedLine::kNoTarget) {
       Fault(line, ScriptFaultKind::kNoSuchLabel, token);
     }
+  }
+
+  // Times have 16 bits; of a larger one the lower bits count.
+  void CheckTime(const DecodedLine& line) {
+    if (line.command != kSlp && line.command != kWie && line.command != kWil) return;
+    token_buffer time;
+    const char* const rest = ScanToken(file_.text(line), time);
+    if (line.command == kWil) ScanToken(rest, time);
+    const std::int32_t value = ParseDecimal(time);
+    if (value <= kLongestTimeMs) return;
+    Warn(line.file_line, std::string(kCommands[line.command].word) + ": '" + time +
+                             "' does not fit 16 bits; " + std::to_string(value & kLongestTimeMs) +
+                             " ms are waited");
   }
 
   void Fault(const DecodedLine& line, ScriptFaultKind kind, const std::string& text) {

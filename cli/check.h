@@ -21,9 +21,9 @@ struct Finding {
 inline constexpr std::size_t MOST_FINDINGS = 1000;
 
 // What is wrong with a command file, without running it: unknown commands, operands that do not
-// convert, bit rates that no host has, jumps without or to no label, labels defined twice, lines
-// that are read in pieces, a Ctrl-Z in the middle. In the order of their lines, at most
-// MOST_FINDINGS of them.
+// convert, bit rates that no host has, times that do not fit, jumps without or to no label, labels
+// defined twice, lines that are read in pieces, a Ctrl-Z in the middle. In the order of their
+// lines, at most MOST_FINDINGS of them.
 std::vector<Finding> CheckCommandFile(const CommandFile& file);
 
 }  // namespace vt63x

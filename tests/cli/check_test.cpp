@@ -47,6 +47,13 @@ TEST(CheckTest, EveryKindOfFindingStandsAtItsLine) {
                    "10E error: jump without a label"}));
 }
 
+TEST(CheckTest, TimesThatDoNotFitSixteenBitsArePointedOut) {
+  EXPECT_EQ(Findings("SLP 65535\nSLP 65536\nWIE 70000\nWIL 70000 65535\nWIL 1 99999999999\n"),
+            Texts({"2W warning: SLP: '65536' does not fit 16 bits; 0 ms are waited",
+                   "3W warning: WIE: '70000' does not fit 16 bits; 4464 ms are waited",
+                   "5W warning: WIL: '99999999999' does not fit 16 bits; 65535 ms are waited"}));
+}
+
 TEST(CheckTest, TextBehindACtrlZIsPointedOut) {
   EXPECT_EQ(Findings("GR 1\nGR 2 \x1A\nFOO\n"),
             Texts({"2W warning: a Ctrl-Z character ends the text; what follows is not read"}));
