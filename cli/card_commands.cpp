@@ -82,6 +82,7 @@ class CardCommand {
     return false;
   }
   bool Report(const char* operation, HFLSTATUS status, const Json& details) {
+    if (status != HFL_SUCCESS && session_.interrupted()) return false;
     Json object = {{"operation", operation}};
     object.update(details);
     object["status"] = StatusDigits(status);
@@ -225,7 +226,7 @@ std::optional<Bytes> BytesFromHex(const std::string& text, std::size_t count) {
 
 ExitCode RunCardCommand(Session& session, const CardOptions& options) {
   CardCommand(session, options).Run();
-  return session.exit_code();
+  return session.Conclude();
 }
 
 }  // namespace vt63x

@@ -13,8 +13,12 @@ std::string PortErrorText(DWORD error) {
   };
   static constexpr Row kRows[] = {
       {ERROR_FILE_NOT_FOUND, "there is no such port"},
-      {ERROR_ACCESS_DENIED, "it is in use by another program, or you have no right to it"},
-      {ERROR_INVALID_PARAMETER, "it is no serial port and no rfc2217://host:port"},
+      {ERROR_ACCESS_DENIED, "it is in use by another program, which has to end first"},
+      {ERROR_PRIVILEGE_NOT_HELD,
+       "you have no right to it; where it belongs to the group dialout, "
+       "`sudo usermod -aG dialout $USER` gives it from the next login on"},
+      {ERROR_INVALID_PARAMETER,
+       "it is no serial port and no rfc2217://host:port with a port of 1 to 65535"},
       {ERROR_NOT_SUPPORTED, "what answers there does not speak RFC 2217"},
       {ERROR_BAD_NETPATH, "there is no such host"},
       {ERROR_SEM_TIMEOUT, "nothing answers in time"},

@@ -15,7 +15,9 @@ enum ExitCode {
   EXIT_FILE_OR_PORT = 3,   // a file or the port could not be opened, a file not be written
   EXIT_BAD_LINES = 4,      // lines that are no commands
   EXIT_LINE_LOST = 5,      // the line went away during the run
+  EXIT_HUNG_UP = 129,      // broken off: the terminal was closed (SIGHUP)
   EXIT_INTERRUPTED = 130,  // broken off with Ctrl-C
+  EXIT_TERMINATED = 143,   // broken off: told to end (SIGTERM)
 };
 
 inline void Raise(ExitCode& code, ExitCode other) { code = std::max(code, other); }

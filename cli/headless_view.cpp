@@ -2,13 +2,15 @@
 
 #include "cli/headless_view.h"
 
-#include <cerrno>
 #include <cstdlib>
 
 #include "cli/error_text.h"
+#include "cli/output.h"
 
 namespace vt63x {
 namespace {
+
+constexpr std::chrono::milliseconds kLookInterval{100};
 
 constexpr char kOutputName[] = "standard output";
 
@@ -17,6 +19,7 @@ struct FaultRow {
   ExitCode code;
   const char* before;  // the fault's text
   const char* after;
+  bool at_the_port = false;  // perhaps because the line went away
 };
 
 constexpr FaultRow kFaults[] = {
@@ -25,8 +28,10 @@ constexpr FaultRow kFaults[] = {
     {ScriptFaultKind::kBadBitRate, EXIT_BAD_LINES, "error: unsupported bit rate '", "'"},
     {ScriptFaultKind::kJumpWithoutLabel, EXIT_BAD_LINES, "error: jump without a label", ""},
     {ScriptFaultKind::kNoSuchLabel, EXIT_BAD_LINES, "error: there is no label '", "'"},
+    {ScriptFaultKind::kBitRateRefused, EXIT_FAILED, "the port does not take the bit rate ", "",
+     true},
     {ScriptFaultKind::kDifference, EXIT_FAILED, "difference: ", ""},
-    {ScriptFaultKind::kAccessFailed, EXIT_FAILED, "access failed: ", ""},
+    {ScriptFaultKind::kAccessFailed, EXIT_FAILED, "access failed: ", "", true},
 };
 
 const FaultRow& RowOf(ScriptFaultKind kind) {
@@ -44,6 +49,13 @@ bool Answers(HANDLE port) {
   return error == ERROR_INVALID_FUNCTION || error == ERROR_NOT_SUPPORTED;
 }
 
+// What a port's name stands for.
+std::string DeviceOf(const char* port_name) {
+  const std::string name(port_name, std::string_view(port_name).find(':'));
+  const char* const device = std::getenv(("VT63X_" + name).c_str());
+  return device != nullptr && device[0] != '\0' ? device : name;
+}
+
 }  // namespace
 
 std::string FaultText(const script_fault& fault) {
@@ -58,31 +70,32 @@ void HeadlessView::SetLogFile(std::FILE* file, std::string name) {
   log_name_ = std::move(name);
 }
 
-void HeadlessView::Complain(const std::string& message) const {
-  std::fprintf(stderr, "wcf: %s\n", message.c_str());
-}
+void HeadlessView::Complain(const std::string& message) const { PrintMessage(message); }
 
-// Lines appear as they are produced, also when the output is a pipe. A failure is reported once.
-void HeadlessView::Write(std::FILE* file, std::string_view text, const char* line_end,
-                         const std::string& name, bool& failed) {
-  if (failed) return;
-  errno = 0;
-  std::fwrite(text.data(), 1, text.size(), file);
-  std::fputs(line_end, file);
-  if (std::fflush(file) == 0 && std::ferror(file) == 0) return;
-  failed = true;
+// Lines appear as they are produced, also when the output is a pipe. False when the line is lost.
+bool HeadlessView::Write(std::FILE* file, std::string_view text, const char* line_end,
+                         const std::string& name) {
+  buffer_.assign(text).append(line_end);
+  const int error = WriteAll(file, buffer_);
+  if (error == 0) return true;
   Raise(EXIT_FILE_OR_PORT);
-  Complain(name + ": " + FileErrorText(errno));
+  Complain(name + ": " + FileErrorText(error));
+  return false;
 }
 
+// The log file comes first: standard output may be a pipe that is not read for a while. A failure
+// is told once. A run whose output nobody takes any more ends; one whose log file is full goes on.
 void HeadlessView::LogAppended(std::string_view text, bool newline) {
-  if (!objects_only_) Write(stdout, text, newline ? "\n" : "", kOutputName, output_failed_);
-  if (log_file_ == nullptr) return;
-  Write(log_file_, text, newline ? "\r\n" : "", log_name_, log_failed_);
+  if (log_file_ != nullptr && !Write(log_file_, text, newline ? "\r\n" : "", log_name_)) {
+    log_file_ = nullptr;
+  }
+  if (objects_only_ || output_failed_) return;
+  output_failed_ = !Write(stdout, text, newline ? "\n" : "", kOutputName);
+  if (output_failed_) BreakOffRun();
 }
 
 void HeadlessView::PrintObject(const std::string& object) {
-  Write(stdout, object, "\n", kOutputName, output_failed_);
+  if (!output_failed_) output_failed_ = !Write(stdout, object, "\n", kOutputName);
 }
 
 bool HeadlessView::AskLogFile(char (&)[MAX_PATH]) {
@@ -102,11 +115,14 @@ void HeadlessView::ShowBitRate(const char* text) {
 }
 
 void HeadlessView::PortOpenFailed(const char* port_name, DWORD error) {
-  const std::string name(port_name, std::string_view(port_name).find(':'));
-  const char* const device = std::getenv(("VT63X_" + name).c_str());
-  const bool named = device != nullptr && device[0] != '\0';
-  Complain("cannot open " + (named ? std::string(device) : name) + ": " + PortErrorText(error));
+  Complain("cannot open " + DeviceOf(port_name) + ": " + PortErrorText(error));
   Raise(EXIT_FILE_OR_PORT);
+}
+
+void HeadlessView::PortSettingsRefused(const char* port_name, DWORD error) {
+  Complain("the port " + DeviceOf(port_name) + " does not take its settings (error " +
+           std::to_string(error) + ")");
+  Raise(EXIT_FAILED);
 }
 
 void HeadlessView::CommandFileNotRead(const char* path, int error) {
@@ -121,18 +137,43 @@ bool HeadlessView::NoteIfLineIsGone() {
   return true;
 }
 
+void HeadlessView::BreakOffRun() {
+  break_reason_ = ScriptEnd::kBrokenOff;
+  state_.script_running = 0;
+}
+
+bool HeadlessView::BreaksOff() {
+  if (state_.script_running == 0) return true;
+  const auto now = std::chrono::steady_clock::now();
+  if (now < next_look_) return false;
+  next_look_ = now + kLookInterval;
+  if (!NoteIfLineIsGone()) return false;
+  BreakOffRun();
+  return true;
+}
+
 void HeadlessView::ScriptFault(const script_fault& fault) {
   Complain(source_ + ":" + std::to_string(fault.line) + ": " + FaultText(fault));
   Raise(FaultExitCode(fault.kind));
   // A loop that waits for the chip would never end once the line is gone.
-  if (fault.kind == ScriptFaultKind::kAccessFailed && NoteIfLineIsGone()) {
-    state_.script_running = 0;
-  }
+  if (RowOf(fault.kind).at_the_port && NoteIfLineIsGone()) BreakOffRun();
+}
+
+void HeadlessView::ScriptBegins(const script_totals& totals) {
+  const std::lock_guard guard(totals_lock_);
+  live_totals_ = &totals;
 }
 
 void HeadlessView::ScriptEnded(ScriptEnd end, const script_totals& totals) {
   end_ = end;
+  const std::lock_guard guard(totals_lock_);
+  live_totals_ = nullptr;
   totals_ = totals;
+}
+
+script_totals HeadlessView::totals() const {
+  const std::lock_guard guard(totals_lock_);
+  return live_totals_ != nullptr ? *live_totals_ : totals_;
 }
 
 }  // namespace vt63x

@@ -3,10 +3,10 @@
 #include "cli/session.h"
 
 #include <cerrno>
-#include <csignal>
 #include <cstring>
 
 #include "cli/error_text.h"
+#include "cli/output.h"
 #include "cli/port_choice.h"
 #include "cli/status_text.h"
 #include "script/command_file.h"
@@ -18,18 +18,7 @@
 namespace vt63x {
 namespace {
 
-// What the signal handler may touch: two lock-free atomics.
-std::atomic<std::atomic<std::uint8_t>*> running_flag = nullptr;
-std::atomic<bool> interrupted = false;
-static_assert(std::atomic<std::uint8_t>::is_always_lock_free);
-
-// The run ends before its next line. A second Ctrl-C ends the program as usual, for a line that
-// waits long.
-extern "C" void BreakOff(int signal) {
-  std::signal(signal, SIG_DFL);
-  interrupted = true;
-  if (std::atomic<std::uint8_t>* const flag = running_flag) *flag = 0;
-}
+constexpr char kBrokenOff[] = "broken off";
 
 std::string Plural(std::uint64_t count, const char* noun, const char* plural) {
   return std::to_string(count) + " " + (count == 1 ? noun : plural);
@@ -39,8 +28,10 @@ const char* VerdictWord(ExitCode code) {
   switch (code) {
     case EXIT_ALL_DONE:
       return "ok";
+    case EXIT_HUNG_UP:
     case EXIT_INTERRUPTED:
-      return "broken off";
+    case EXIT_TERMINATED:
+      return kBrokenOff;
     case EXIT_LINE_LOST:
       return "line lost";
     default:
@@ -55,10 +46,10 @@ std::string Verdict(ExitCode code, const script_totals& totals) {
     text += "nothing was compared";
   } else {
     text += Plural(totals.comparisons, "comparison", "comparisons") + " made, " +
-            std::to_string(totals.differences) + " failed";
+            std::to_string(std::uint64_t{totals.differences}) + " failed";
   }
   return text + ", " + Plural(totals.accesses, "access", "accesses") + ", " +
-         std::to_string(totals.access_failures) + " failed";
+         std::to_string(std::uint64_t{totals.access_failures}) + " failed";
 }
 
 std::string JoinLines(const std::vector<std::string>& lines) {
@@ -79,30 +70,35 @@ Session::Session(const SessionOptions& options)
   action_.app_state = &state_;
   if (options_.simulate) view_.SetSimulatedBus(&simulated_bus_);
   view_.SetObjectsOnly(options.objects_only);
+  if (!options.script) {
+    RegisterControlWrapper& registers = *state_.component_ptrs.register_control;
+    registers.lower = &gate_.emplace(*registers.lower);
+  }
+  SetBreakTarget(this);
 }
 
 Session::~Session() {
-  running_flag = nullptr;
   if (state_.port_handle != nullptr) ClosePort(&action_);
   if (log_file_ != nullptr) std::fclose(log_file_);
+  SetBreakTarget(nullptr);
 }
 
-// A Ctrl-C is taken note of from here on.
 bool Session::Open() {
-  std::signal(SIGINT, BreakOff);
-  std::signal(SIGTERM, BreakOff);
   if (!OpenLogFile()) return false;
   return options_.simulate ? OpenField() : OpenLine();
 }
 
 bool Session::OpenLogFile() {
   if (options_.log_file.empty()) return true;
-  log_file_ = std::fopen(options_.log_file.c_str(), "ab");
+  do {
+    log_file_ = std::fopen(options_.log_file.c_str(), "ab");
+  } while (log_file_ == nullptr && errno == EINTR);
   if (log_file_ == nullptr) {
     view_.Complain(options_.log_file + ": " + FileErrorText(errno));
     view_.Raise(EXIT_FILE_OR_PORT);
     return false;
   }
+  MakeUnbuffered(log_file_);
   view_.SetLogFile(log_file_, options_.log_file);
   return true;
 }
@@ -131,8 +127,7 @@ bool Session::OpenLine() {
 void Session::StartRun(std::int32_t resume_line) {
   state_.resume_line = resume_line;
   state_.script_running = 1;
-  running_flag = &state_.script_running;
-  // A Ctrl-C that came before there was a run to break off.
+  // The end may have been asked for before there was a run to break off.
   if (interrupted()) state_.script_running = 0;
 }
 
@@ -143,11 +138,18 @@ void Session::PrintObject(const std::string& object) { view_.PrintObject(object)
 void Session::Complain(const std::string& message) { view_.Complain(message); }
 
 void Session::Fail(const std::string& message) {
+  if (interrupted()) return;
   view_.Complain(message);
   view_.Raise(EXIT_FAILED);
 }
 
-bool Session::interrupted() const { return vt63x::interrupted; }
+bool Session::interrupted() const { return BrokenOff() != EXIT_ALL_DONE; }
+
+void Session::BreakOff() { state_.script_running = 0; }
+
+std::string Session::LastWords() {
+  return options_.script ? Verdict(BrokenOff(), view_.totals()) : kBrokenOff;
+}
 
 ExitCode Session::exit_code() {
   view_.NoteIfLineIsGone();
@@ -155,7 +157,7 @@ ExitCode Session::exit_code() {
     view_.Complain(error);
     view_.Raise(EXIT_FILE_OR_PORT);
   }
-  if (interrupted()) view_.Raise(EXIT_INTERRUPTED);
+  view_.Raise(BrokenOff());
   return view_.exit_code();
 }
 
@@ -164,7 +166,7 @@ ExitCode Session::Dump() {
   if (status != HFL_SUCCESS) {
     Fail(std::string("dump: ") + StatusText(status) + " (status " + StatusDigits(status) + ")");
   }
-  return exit_code();
+  return Conclude();
 }
 
 ExitCode Session::Run(const std::string& path, std::int32_t resume_line) {
@@ -189,6 +191,7 @@ ExitCode Session::Execute(const std::vector<std::string>& lines) {
   view_.SetSource("line");
   StartRun(0);
   LineParser parser(&action_);
+  view_.ScriptBegins(parser.totals);
   const CommandFile file(JoinLines(lines));
   const ScriptEnd end = RunLines(parser, file);
   view_.ScriptEnded(end, parser.totals);
@@ -197,7 +200,12 @@ ExitCode Session::Execute(const std::vector<std::string>& lines) {
 
 ExitCode Session::Conclude() {
   const ExitCode code = exit_code();
-  view_.Complain(Verdict(code, view_.totals()));
+  ClaimLastWords();
+  if (options_.script) {
+    view_.Complain(Verdict(code, view_.totals()));
+  } else if (interrupted()) {
+    view_.Complain(kBrokenOff);
+  }
   return code;
 }
 

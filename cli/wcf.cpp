@@ -9,11 +9,13 @@
 #include <string>
 #include <vector>
 
+#include "cli/break_off.h"
 #include "cli/card_commands.h"
 #include "cli/card_options.h"
 #include "cli/check.h"
 #include "cli/error_text.h"
 #include "cli/exit_code.h"
+#include "cli/output.h"
 #include "cli/port_choice.h"
 #include "cli/session.h"
 #include "script/command_help.h"
@@ -32,12 +34,18 @@ constexpr char kAbout[] =
 constexpr char kExitCodes[] =
     "Exit code, the highest that applies:\n"
     "  0    every line did its work\n"
-    "  1    a comparison found a difference, or an access or card operation failed\n"
+    "  1    a comparison found a difference, an access or card operation failed, or the port\n"
+    "       does not take a bit rate\n"
     "  2    the call itself was wrong\n"
-    "  3    a file or the port could not be opened, or a file not be written\n"
+    "  3    a file or the port could not be opened, or a file or standard output not be written\n"
     "  4    lines that are no commands\n"
-    "  5    the line went away; the run is broken off then, as with Ctrl-C\n"
-    "  130  broken off with Ctrl-C, between two lines (once more: at once)";
+    "  5    the line went away, which breaks the run off\n"
+    "  129  broken off: the terminal was closed (SIGHUP)\n"
+    "  130  broken off with Ctrl-C (SIGINT)\n"
+    "  143  broken off: told to end (SIGTERM)\n"
+    "A run is broken off between two lines, SLP, WIE and WIL at once, and the verdict follows. "
+    "What\n"
+    "does not end so within 0.7 s (a FIFO without reader, a line that takes nothing) is given up.";
 
 constexpr char kPorts[] =
     "A port is COM1 to COM16, and on Linux the device itself (/dev/ttyUSB0) or a board behind an\n"
@@ -101,13 +109,6 @@ void AddLineOptions(CLI::App& command, vt63x::SessionOptions& options) {
 template <typename Work>
 ExitCode WithSession(const vt63x::SessionOptions& options, const Work& work) {
   vt63x::Session session(options);
-  return session.Open() ? work(session) : session.exit_code();
-}
-
-// The same with a verdict as the last line, also when nothing could be opened.
-template <typename Work>
-ExitCode WithVerdict(const vt63x::SessionOptions& options, const Work& work) {
-  vt63x::Session session(options);
   return session.Open() ? work(session) : session.Conclude();
 }
 
@@ -115,7 +116,7 @@ ExitCode CheckFile(const std::string& path) {
   std::string content;
   const int error = vt63x::ReadWholeFile(path.c_str(), content);
   if (error != 0) {
-    std::fprintf(stderr, "wcf: %s: %s\n", path.c_str(), vt63x::FileErrorText(error).c_str());
+    vt63x::PrintMessage(path + ": " + vt63x::FileErrorText(error));
     return vt63x::EXIT_FILE_OR_PORT;
   }
   const vt63x::CommandFile file(content);
@@ -123,14 +124,15 @@ ExitCode CheckFile(const std::string& path) {
   unsigned warnings = 0;
   const std::vector<vt63x::Finding> findings = vt63x::CheckCommandFile(file);
   for (const vt63x::Finding& finding : findings) {
-    std::fprintf(stderr, "wcf: %s:%u: %s\n", path.c_str(), finding.line, finding.text.c_str());
+    vt63x::PrintMessage(path + ":" + std::to_string(finding.line) + ": " + finding.text);
     ++(finding.error ? errors : warnings);
   }
   if (findings.size() >= vt63x::MOST_FINDINGS) {
-    std::fprintf(stderr, "wcf: %s: that is enough; the rest is not looked at\n", path.c_str());
+    vt63x::PrintMessage(path + ": that is enough; the rest is not looked at");
   }
-  std::fprintf(stderr, "wcf: %s: %u lines, %u errors, %u warnings\n", path.c_str(),
-               file.line_count(), errors, warnings);
+  vt63x::PrintMessage(path + ": " + std::to_string(file.line_count()) + " lines, " +
+                      std::to_string(errors) + " errors, " + std::to_string(warnings) +
+                      " warnings");
   return errors > 0 ? vt63x::EXIT_BAD_LINES : vt63x::EXIT_ALL_DONE;
 }
 
@@ -158,7 +160,8 @@ int Main(int argc, char** argv) {
       ->check(CLI::Range(0, std::numeric_limits<std::int32_t>::max()));
   AddLineOptions(*run, options);
   run->callback([&] {
-    code = WithVerdict(options, [&](auto& session) { return session.Run(file, resume_line); });
+    options.script = true;
+    code = WithSession(options, [&](auto& session) { return session.Run(file, resume_line); });
   });
 
   std::vector<std::string> lines;
@@ -166,8 +169,10 @@ int Main(int argc, char** argv) {
       "exec", "Run lines of the command language, as if they stood in a command file");
   exec->add_option("LINE", lines, "For example 'GR 37' 'RE 37 91'")->required()->type_name("");
   AddLineOptions(*exec, options);
-  exec->callback(
-      [&] { code = WithVerdict(options, [&](auto& session) { return session.Execute(lines); }); });
+  exec->callback([&] {
+    options.script = true;
+    code = WithSession(options, [&](auto& session) { return session.Execute(lines); });
+  });
 
   std::vector<std::string> files;
   CLI::App* const check =
@@ -202,7 +207,7 @@ int Main(int argc, char** argv) {
     // The library asks for a command without naming the word that is none.
     for (const std::string& word : app.remaining(true)) {
       if (word[0] == '-') continue;
-      std::fprintf(stderr, "wcf: there is no command '%s'\n", word.c_str());
+      vt63x::PrintMessage("there is no command '" + word + "'");
       break;
     }
     app.exit(error);
@@ -216,10 +221,12 @@ int Main(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  vt63x::WatchForBreak();
+  vt63x::MakeUnbuffered(stdout);
   try {
     return Main(argc, argv);
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "wcf: %s\n", error.what());
+    vt63x::PrintMessage(error.what());
     return vt63x::EXIT_FILE_OR_PORT;
   }
 }

@@ -7,12 +7,14 @@
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
+#include <string>
 
 #include "script/command_table.h"
 #include "script/interpreter.h"
 #include "script/script_log.h"
 #include "serial/port_control.h"
 #include "serial/ring_wait.h"
+#include "shell/state/breakable_wait.h"
 
 namespace vt63x {
 namespace {
@@ -30,6 +32,13 @@ std::int32_t TakeDecimal(CommandCall& call) {
 // Time-outs have 16 bits, in milliseconds.
 std::uint16_t TakeTimeout(CommandCall& call) {
   return static_cast<std::uint16_t>(TakeDecimal(call) & 0xFFFF);
+}
+
+// A closed port, as the simulated chip has, takes any rate.
+void ReportRefusedRate(const LineParser& parser, const char* bit_rate, DWORD error) {
+  if (parser.action->app_state->port_handle == nullptr) return;
+  const std::string text = std::string(bit_rate) + " (error " + std::to_string(error) + ")";
+  ReportFault(parser, ScriptFaultKind::kBitRateRefused, text.c_str());
 }
 
 constexpr char kSeparator = static_cast<char>(std::filesystem::path::preferred_separator);
@@ -63,12 +72,14 @@ int RunChb(CommandCall& call) {
   LogLine(parser, "%s %7d     // Baudrate = %d", "CHB", bit_rate, bit_rate);
   MainView* const view = parser.action->app_state->view;
   if (view != nullptr) view->ShowBitRate(baudrate_text);
-  SetPortBitRate(parser.action, static_cast<DWORD>(bit_rate));
+  const DWORD error = SetPortBitRate(parser.action, static_cast<DWORD>(bit_rate));
+  if (error != ERROR_SUCCESS) ReportRefusedRate(parser, baudrate_text, error);
   return LINE_OK;
 }
 
 int RunSlp(CommandCall& call) {
-  Sleep(TakeTimeout(call));
+  BreakableWait wait(call.parser.action, TakeTimeout(call));
+  while (wait.GoesOn()) Sleep(wait.StepMs());
   return LINE_OK;
 }
 

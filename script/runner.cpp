@@ -37,11 +37,22 @@ ScriptEnd RunFile(LineParser& parser) try {
   return ReportUnreadable(parser, ENOMEM);
 }
 
+// The view is asked this often, in lines, so that a run ends that never waits.
+constexpr std::uint32_t kStepsBetweenLooks = 64;
+
+ScriptEnd Broken(const LineParser& parser) {
+  const MainView* const view = parser.action->app_state->view;
+  const ScriptEnd reason = view != nullptr ? view->BreakReason() : ScriptEnd::kUserBreak;
+  if (reason == ScriptEnd::kUserBreak) log_append(parser.action, "User Break recognised.", 1);
+  return reason;
+}
+
 }  // namespace
 
 DWORD WINAPI RunCommandFile(void* action) {
   LineParser parser(static_cast<action_param*>(action));
   AppState& state = *parser.action->app_state;
+  if (state.view != nullptr) state.view->ScriptBegins(parser.totals);
   const ScriptEnd end = RunFile(parser);
   state.script_running = 0;
   if (state.view != nullptr) state.view->ScriptEnded(end, parser.totals);
@@ -57,15 +68,14 @@ ScriptEnd RunLines(LineParser& parser, const CommandFile& file) {
   std::size_t next = file.Find(skipped);
   // Idle lines that stand before the first of the run and in one entry with it.
   std::uint32_t before = next < file.size() ? skipped - file.line(next).number : 0;
+  std::uint32_t steps = 0;
   while (next < file.size()) {
-    if (state.script_running == 0) {
-      log_append(parser.action, "User Break recognised.", 1);
-      return ScriptEnd::kUserBreak;
-    }
+    if (++steps % kStepsBetweenLooks == 0 && state.view != nullptr) state.view->BreaksOff();
+    if (state.script_running == 0) return Broken(parser);
     const std::size_t index = next++;
     const DecodedLine& line = file.line(index);
     if (IsIdle(line)) {
-      parser.totals.lines += file.LinesOf(index) - std::exchange(before, 0);
+      parser.totals.lines.Add(file.LinesOf(index) - std::exchange(before, 0));
       state.resume_line.store(0, std::memory_order_relaxed);
       continue;
     }

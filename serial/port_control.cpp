@@ -69,8 +69,10 @@ void OpenPort(const action_param* action) {
     return;
   }
   UsePort(state, port);
-  SetHostBaud9600(action);
-  SetPortTimeouts(action);
+  const DWORD rate_error = SetHostBaud9600(action);
+  const DWORD timeout_error = SetPortTimeouts(action);
+  const DWORD error = rate_error != ERROR_SUCCESS ? rate_error : timeout_error;
+  if (error != ERROR_SUCCESS && state.view != nullptr) state.view->PortSettingsRefused(name, error);
   {
     // The bus learns of a port only when it is set up.
     const std::lock_guard lock(state.stack_lock);

@@ -2,6 +2,8 @@
 
 #include "serial/ring_wait.h"
 
+#include "shell/state/breakable_wait.h"
+
 namespace vt63x {
 namespace {
 
@@ -37,14 +39,19 @@ void EndPendingWait(HANDLE port, OVERLAPPED* overlapped) {
   SetCommMask(port, EV_RING);
 }
 
-std::uint32_t WaitForRingEvent(HANDLE port, HANDLE event, std::uint16_t timeout_ms) {
+std::uint32_t WaitForRingEvent(const action_param* action, HANDLE event, std::uint16_t timeout_ms) {
+  const HANDLE port = action->app_state->port_handle;
   OVERLAPPED ovr_ri{};
   ovr_ri.hEvent = event;
   DWORD events = 0;
   if (WaitCommEvent(port, &events, &ovr_ri)) return 1;
   if (GetLastError() != ERROR_IO_PENDING) return 0;
   SetLastError(ERROR_SUCCESS);
-  if (WaitForSingleObject(event, timeout_ms) != WAIT_OBJECT_0) {
+  BreakableWait wait(action, timeout_ms);
+  DWORD waited = WAIT_TIMEOUT;
+  while (waited == WAIT_TIMEOUT && wait.GoesOn())
+    waited = WaitForSingleObject(event, wait.StepMs());
+  if (waited != WAIT_OBJECT_0) {
     EndPendingWait(port, &ovr_ri);
     return 0;
   }
@@ -57,6 +64,7 @@ std::uint32_t WaitForRingEvent(HANDLE port, HANDLE event, std::uint16_t timeout_
 std::uint32_t WaitRingLevel(const action_param* action, std::uint8_t level,
                             std::uint16_t timeout_ms) {
   const HANDLE port = action->app_state->port_handle;
+  MainView* const view = action->app_state->view;
   Stopwatch stopwatch;
   DWORD modem_status = 0;
   while (true) {
@@ -64,6 +72,7 @@ std::uint32_t WaitRingLevel(const action_param* action, std::uint8_t level,
     const bool ring = (modem_status & MS_RING_ON) != 0;
     if (timeout_ms == 0) return ring ? 1 : 0;
     if (ring == (level != 0)) return 1;
+    if (view != nullptr && view->BreaksOff()) return 0;
     Sleep(1);
     if (stopwatch.Expired(timeout_ms)) return 0;
   }
@@ -74,7 +83,7 @@ std::uint32_t WaitRingEdge(const action_param* action, std::uint16_t timeout_ms)
   if (!SetCommMask(port, EV_RING)) return 0;
   const HANDLE event = CreateEventA(nullptr, TRUE, FALSE, nullptr);
   if (event == nullptr) return 0;
-  const std::uint32_t result = WaitForRingEvent(port, event, timeout_ms);
+  const std::uint32_t result = WaitForRingEvent(action, event, timeout_ms);
   CloseHandle(event);
   return result;
 }

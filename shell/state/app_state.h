@@ -118,6 +118,7 @@ enum class ScriptFaultKind {
   kBadBitRate,        // text: the bit rate
   kJumpWithoutLabel,  // text: empty
   kNoSuchLabel,       // text: the label
+  kBitRateRefused,    // text: the bit rate and the port's Win32 error
   kDifference,        // text: the log line; RE or RF found a difference
   kAccessFailed,      // text: the log line; a chip access returned a status other than 0
 };
@@ -128,15 +129,32 @@ struct script_fault {
   std::string_view text;
 };
 
-// Why a run of a command file ended.
-enum class ScriptEnd { kEndOfFile, kBreakCommand, kUserBreak, kUnreadable };
+// Why a run of a command file ended; kBrokenOff: the view broke it off, and has told why.
+enum class ScriptEnd { kEndOfFile, kBreakCommand, kUserBreak, kBrokenOff, kUnreadable };
+
+// A count that one thread keeps and any thread may read.
+class RunCount {
+ public:
+  RunCount() = default;
+  RunCount(const RunCount& other) : value_(other) {}
+  RunCount& operator=(const RunCount& other) {
+    value_.store(other, std::memory_order_relaxed);
+    return *this;
+  }
+  operator std::uint64_t() const { return value_.load(std::memory_order_relaxed); }
+  void Add(std::uint64_t more) { value_.store(*this + more, std::memory_order_relaxed); }
+  void operator++() { Add(1); }
+
+ private:
+  std::atomic<std::uint64_t> value_ = 0;
+};
 
 struct script_totals {
-  std::uint64_t lines = 0;        // executed, empty ones included
-  std::uint64_t comparisons = 0;  // RE and RF
-  std::uint64_t differences = 0;
-  std::uint64_t accesses = 0;  // SR, GR, MR, RE and RF
-  std::uint64_t access_failures = 0;
+  RunCount lines;        // executed, empty ones included
+  RunCount comparisons;  // RE and RF
+  RunCount differences;
+  RunCount accesses;  // SR, GR, MR, RE and RF
+  RunCount access_failures;
 };
 
 // All that the layers below the windows know of the main window. A view shows what it can: every
@@ -181,12 +199,25 @@ class MainView {
     static_cast<void>(port_name);
     static_cast<void>(error);
   }
+  // The open port does not take its settings; `error` is the Win32 error.
+  virtual void PortSettingsRefused(const char* port_name, DWORD error) {
+    static_cast<void>(port_name);
+    static_cast<void>(error);
+  }
 
   // The command file could not be read; `error` is an errno value. Any thread.
   virtual void CommandFileNotRead(const char* path, int error) {
     static_cast<void>(path);
     static_cast<void>(error);
   }
+  // A run begins; its counts may be read until ScriptEnded. Any thread.
+  virtual void ScriptBegins(const script_totals& totals) { static_cast<void>(totals); }
+  // Asked every few lines of a run and every 50 ms while a line waits (SLP, WIE, WIL). A view that
+  // does not let a wait come to its end says true, having cleared script_running. Any thread.
+  virtual bool BreaksOff() { return false; }
+  // Who cleared script_running, kUserBreak or kBrokenOff; the log tells of the user alone. Any
+  // thread.
+  virtual ScriptEnd BreakReason() const { return ScriptEnd::kUserBreak; }
   // Any thread, both.
   virtual void ScriptFault(const script_fault& fault) { static_cast<void>(fault); }
   virtual void ScriptEnded(ScriptEnd end, const script_totals& totals) {

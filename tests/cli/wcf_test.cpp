@@ -3,13 +3,20 @@
 // wcf as its users run it: exit codes, what stands on which output, and the line that goes away.
 
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <termios.h>
 
 #include <algorithm>
 #include <string>
+#include <thread>
 #include <tuple>
 #include <vector>
 
+#include "cli/error_text.h"
+#include "cli/output.h"
+#include "script/command_file.h"
+#include "simulator/unique_fd.h"
 #include "tests/support/program.h"
 
 namespace vt63x {
@@ -25,6 +32,21 @@ std::string LastLine(const std::string& text) {
   const std::size_t end = text.find_last_not_of('\n');
   return text.substr(text.rfind('\n', end) + 1, end - text.rfind('\n', end));
 }
+
+// The simulated chip as vt63x-sim serves it.
+class Sim {
+ public:
+  explicit Sim(const Arguments& options = {}) : program_(SIM_PROGRAM, options) {
+    EXPECT_TRUE(program_.WaitForOutput("\n"));
+    line_ = program_.Out().substr(0, program_.Out().find('\n'));
+  }
+  const std::string& line() const { return line_; }
+  void Kill() { program_.Finish(SIGKILL); }
+
+ private:
+  RunningProgram program_;
+  std::string line_;
+};
 
 TEST(WcfTest, TourRunsOnTheSimulatedChip) {
   const ProgramResult result = Wcf({"run", TOUR_FILE, "--sim"});
@@ -97,12 +119,14 @@ TEST(WcfTest, DiagnosticsNameFileAndLine) {
 
 TEST(WcfTest, ResumeSkipsLinesAsAfterABreak) {
   const TempDirectory directory;
-  const std::string file = directory.Write("test.wcf", "//> 1\nBRK\n//> 3\n");
+  const std::string file = directory.Write("test.wcf", "\n//> 2\nBRK\n\n// 5\n\n//> 7\n");
   const ProgramResult first = Wcf({"run", file, "--sim"});
-  EXPECT_EQ(first.out, "Processing " + file + "\n//< 1\n");
-  EXPECT_NE(first.err.find("stopped by BRK; --resume 2 goes on behind it"), std::string::npos);
-  const ProgramResult second = Wcf({"run", file, "--sim", "--resume", "2"});
-  EXPECT_EQ(second.out, "Processing " + file + "\n//< 3\n");
+  EXPECT_EQ(first.out, "Processing " + file + "\n//< 2\n");
+  EXPECT_NE(first.err.find("stopped by BRK; --resume 3 goes on behind it"), std::string::npos);
+  EXPECT_TRUE(LastLine(first.err).starts_with("wcf: ok: 3 lines run")) << first.err;
+  const ProgramResult second = Wcf({"run", file, "--sim", "--resume", "4"});
+  EXPECT_EQ(second.out, "Processing " + file + "\n//< 7\n");
+  EXPECT_TRUE(LastLine(second.err).starts_with("wcf: ok: 3 lines run")) << second.err;
 }
 
 TEST(WcfTest, ReferenceNeedsNoLine) {
@@ -146,11 +170,12 @@ TEST(WcfTest, FilesThatCannotBeReadAreNamedWithCode3) {
 TEST(WcfTest, PortsThatCannotBeOpenedAreNamedWithCode3) {
   const TempDirectory directory;
   using Case = std::tuple<std::string, const char*>;
+  const char* const no_port =
+      "it is no serial port and no rfc2217://host:port with a port of 1 to 65535 (error 87)";
   for (const auto& [port, words] :
        {Case{directory.File("missing"), "there is no such port (error 2)"},
-        Case{directory.Write("file", "x"),
-             "it is no serial port and no rfc2217://host:port (error 87)"},
-        Case{"/dev/null", "it is no serial port and no rfc2217://host:port (error 87)"}}) {
+        Case{directory.Write("file", "x"), no_port}, Case{"/dev/null", no_port},
+        Case{"rfc2217://127.0.0.1:65536", no_port}, Case{"rfc2217://127.0.0.1:0", no_port}}) {
     const ProgramResult result = Wcf({"exec", "GR 37", "--port", port});
     EXPECT_EQ(result.exit_code, 3);
     EXPECT_EQ(result.out, "Error opening port - Check and verify (!) settings.\n");
@@ -187,51 +212,87 @@ TEST(WcfTest, CtrlCBreaksAnEndlessLoopOffBetweenTwoLines) {
   EXPECT_NE(LastLine(result.err).find("wcf: broken off: "), std::string::npos);
 }
 
-TEST(WcfTest, SecondCtrlCEndsALongWait) {
-  RunningProgram wcf(WCF_PROGRAM, {"exec", "//> started", "SLP 60000", "--sim"});
-  ASSERT_TRUE(wcf.WaitForOutput("//< started"));
-  EXPECT_EQ(wcf.Finish(SIGINT).exit_code, 128 + SIGINT);
-}
-
-TEST(WcfTest, LineThatGoesAwayEndsTheRunWithCode5) {
-  const TempDirectory directory;
-  const std::string file =
-      directory.Write("wait.wcf", "::: WAIT\nGR 05\nJNE IOR 80 WAIT\n//> never\n");
-  const ProgramResult result =
-      RunningProgram(SIM_PROGRAM,
-                     {"--fault", "hang-up@20", "--", WCF_PROGRAM, "run", file, "--port", "COM1"})
-          .Finish();
-  EXPECT_EQ(result.exit_code, 5) << result.err;
-  EXPECT_NE(result.err.find("the line went away"), std::string::npos);
-  EXPECT_TRUE(result.out.ends_with("(Status: 0x0104)\nUser Break recognised.\n")) << result.out;
-}
-
-TEST(WcfTest, LineThatGoesAwayBesideTheAccessesIsNoticedAtTheEnd) {
-  RunningProgram sim(SIM_PROGRAM, {});
-  ASSERT_TRUE(sim.WaitForOutput("\n"));
-  const std::string device = sim.Out().substr(0, sim.Out().find('\n'));
-  RunningProgram wcf(WCF_PROGRAM, {"exec", "GR 37", "SLP 1000", "CHB 19200", "--port", device});
-  ASSERT_TRUE(wcf.WaitForOutput("data == 91"));
-  sim.Signal(SIGKILL);
-  sim.Finish();
-  const ProgramResult result = wcf.Finish();
-  EXPECT_EQ(result.exit_code, 5) << result.err;
-  EXPECT_NE(result.err.find("the line went away"), std::string::npos);
-}
-
-// Opening a FIFO as the log blocks until somebody reads it: a run that has not begun.
-TEST(WcfTest, CtrlCBeforeTheFirstLineKeepsTheRunFromBeginning) {
+// On the chip's line, which takes nothing while its output is stopped.
+TEST(WcfTest, SignalsEndWhateverWaitsAndTheVerdictFollows) {
   const TempDirectory directory;
   const std::string fifo = directory.File("fifo");
   ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
-  RunningProgram wcf(WCF_PROGRAM, {"exec", "//> a", "--sim", "--log", fifo});
-  ASSERT_TRUE(wcf.WaitUntilItSleeps("wcf"));
-  wcf.Signal(SIGINT);
-  const int reader = open(fifo.c_str(), O_RDONLY | O_NONBLOCK);
+  Sim sim;
+  struct Case {
+    Arguments arguments;
+    int signal;
+    bool stopped = false;
+  };
+  for (const Case& c :
+       {Case{{"exec", "//> now", "SLP 60000"}, SIGTERM},
+        Case{{"exec", "//> now", "WIL 1 60000"}, SIGHUP},
+        Case{{"exec", "//> now", "WIE 60000"}, SIGINT},
+        Case{{"exec", "//> now", "SR 01 00"}, SIGTERM, true}, Case{{"run", fifo}, SIGTERM},
+        Case{{"exec", "GR 37", "--log", fifo}, SIGHUP}}) {
+    const UniqueFd line(open(sim.line().c_str(), O_RDWR | O_NOCTTY));
+    tcflow(line.get(), c.stopped ? TCOOFF : TCOON);
+    Arguments arguments = c.arguments;
+    arguments.insert(arguments.end(), {"--port", sim.line()});
+    RunningProgram wcf(WCF_PROGRAM, arguments);
+    const bool says_when = arguments[1] == "//> now";
+    ASSERT_TRUE(says_when ? wcf.WaitForOutput("//< now") : wcf.WaitUntilItSleeps("wcf"));
+    wcf.Signal(c.signal);
+    const ProgramResult result = wcf.Finish();
+    EXPECT_EQ(result.exit_code, 128 + c.signal) << arguments[1] << arguments[2] << result.err;
+    EXPECT_TRUE(LastLine(result.err).starts_with("wcf: broken off: ")) << result.err;
+  }
+}
+
+TEST(WcfTest, SignalEndsARunWhoseOutputNobodyReads) {
+  const TempDirectory directory;
+  const std::string fifo = directory.File("fifo");
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  const UniqueFd reader(open(fifo.c_str(), O_RDWR));
+  RunningProgram wcf("/bin/sh", {"-c", "exec \"$0\" exec --sim '::: L' 'GR 37' 'JMP L' >\"$1\"",
+                                 WCF_PROGRAM, fifo});
+  const int nearly_full = fcntl(reader.get(), F_GETPIPE_SZ) - 4096;
+  int waiting = 0;
+  for (int i = 0; i < 10000 && waiting < nearly_full; ++i) {
+    ioctl(reader.get(), FIONREAD, &waiting);
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  wcf.Signal(SIGTERM);
   const ProgramResult result = wcf.Finish();
-  close(reader);
-  EXPECT_EQ(result.exit_code, 130) << result.err;
-  EXPECT_EQ(result.out, "User Break recognised.\n");
+  EXPECT_EQ(result.exit_code, 143);
+  EXPECT_TRUE(LastLine(result.err).starts_with("wcf: broken off: ")) << result.err;
+}
+
+TEST(WcfTest, RunsThatAreKilledLeaveTheChipInStep) {
+  Sim sim;
+  for (int i = 0; i < 12; ++i) {
+    RunningProgram wcf(WCF_PROGRAM, {"exec", "//> now", "::: L", "SR 2B 5A", "MR 2B 0F 1", "JMP L",
+                                     "--port", sim.line()});
+    ASSERT_TRUE(wcf.WaitForOutput("//< now"));
+    wcf.Signal(SIGHUP);
+    EXPECT_EQ(wcf.Finish().exit_code, 129);
+    const ProgramResult next = Wcf({"exec", "RE 37 91", "--port", sim.line()});
+    ASSERT_EQ(next.exit_code, 0) << next.out;
+  }
+}
+
+TEST(WcfTest, LineThatGoesAwayEndsEveryRunWithCode5) {
+  for (const Arguments& server : {Arguments{}, Arguments{"--rfc2217", "127.0.0.1:0"}}) {
+    for (const Arguments& loop :
+         {Arguments{"WIL 1 60000"}, Arguments{"::: L", "WIE 60000", "JMP L"},
+          Arguments{"::: L", "CHB 9600", "JMP L"}, Arguments{"::: L", "INC ML0", "JMP L"},
+          Arguments{"SLP 60000"}, Arguments{"SLP 500"}, Arguments{"::: L", "GR 37", "JMP L"}}) {
+      Sim sim(server);
+      Arguments arguments = {"exec", "GR 37", "--port", sim.line()};
+      arguments.insert(arguments.begin() + 2, loop.begin(), loop.end());
+      RunningProgram wcf(WCF_PROGRAM, arguments);
+      ASSERT_TRUE(wcf.WaitForOutput("data == 91"));
+      sim.Kill();
+      const ProgramResult result = wcf.Finish();
+      EXPECT_EQ(result.exit_code, 5) << loop.back() << result.err;
+      EXPECT_NE(result.err.find("wcf: the line went away\n"), std::string::npos);
+      EXPECT_EQ(result.out.find("User Break"), std::string::npos) << result.out;
+    }
+  }
 }
 
 TEST(WcfTest, SilentChipGivesItsStatusAndCode1) {
@@ -252,15 +313,115 @@ TEST(WcfTest, HostAtAnotherBitRateThanTheChipFails) {
   EXPECT_EQ(result.exit_code, 1) << result.out;
 }
 
-TEST(WcfTest, BusyPortIsRefused) {
-  RunningProgram sim(SIM_PROGRAM, {});
-  ASSERT_TRUE(sim.WaitForOutput("\n"));
-  const std::string device = sim.Out().substr(0, sim.Out().find('\n'));
-  RunningProgram first(WCF_PROGRAM, {"exec", "GR 37", "SLP 60000", "--port", device});
+TEST(WcfTest, BusyPortAndMissingRightSayWhatToDo) {
+  Sim sim;
+  RunningProgram first(WCF_PROGRAM, {"exec", "GR 37", "SLP 60000", "--port", sim.line()});
   ASSERT_TRUE(first.WaitForOutput("data == 91"));
-  const ProgramResult second = Wcf({"exec", "GR 37", "--port", device});
+  const ProgramResult second = Wcf({"exec", "GR 37", "--port", sim.line()});
   EXPECT_EQ(second.exit_code, 3);
   EXPECT_NE(second.err.find("in use by another program"), std::string::npos);
+  EXPECT_NE(PortErrorText(ERROR_PRIVILEGE_NOT_HELD).find("usermod -aG dialout"), std::string::npos);
+}
+
+// The program's calls on the line, by a library between it and the system.
+ProgramResult WcfOnRefusingCalls(const std::string& what, const Arguments& arguments) {
+  Sim sim;
+  Arguments all = arguments;
+  all.insert(all.end(), {"--port", sim.line()});
+  return RunningProgram(WCF_PROGRAM, all,
+                        {{"LD_PRELOAD", REFUSING_CALLS},
+                         {"REFUSE", what},
+                         {"ASAN_OPTIONS", "verify_asan_link_order=0"}})
+      .Finish();
+}
+
+TEST(WcfTest, SignalsDuringOpeningAndSettingChangeNothing) {
+  const ProgramResult result = WcfOnRefusingCalls("interrupt", {"exec", "CHB 9600", "RE 37 91"});
+  EXPECT_EQ(result.exit_code, 0) << result.err;
+}
+
+TEST(WcfTest, BitRateThatThePortRefusesFailsTheRun) {
+  const ProgramResult result =
+      WcfOnRefusingCalls("256000", {"exec", "CHB 256000", "CHB 9600", "RE 37 91"});
+  EXPECT_EQ(result.exit_code, 1) << result.err;
+  EXPECT_TRUE(result.out.starts_with("CHB  256000     // Baudrate = 256000\nCHB    9600 "));
+  EXPECT_NE(result.err.find("wcf: line:1: the port does not take the bit rate 256000 (error 87)\n"),
+            std::string::npos);
+  EXPECT_EQ(WcfOnRefusingCalls("9600", {"exec", "GR 37"}).exit_code, 1);
+}
+
+TEST(WcfTest, PipeThatIsClosedEndsTheRunWithCode3) {
+  const ProgramResult result =
+      RunningProgram("/bin/bash", {"-c",
+                                   "\"$0\" exec --sim '::: L' 'GR 37' 'JMP L' | head -n 1; "
+                                   "exit ${PIPESTATUS[0]}",
+                                   WCF_PROGRAM})
+          .Finish();
+  EXPECT_EQ(result.exit_code, 3);
+  EXPECT_NE(result.err.find("wcf: standard output: Broken pipe\n"), std::string::npos);
+}
+
+// From now on SIGUSR1 breaks off the system call that it meets.
+void TakeSignals() {
+  struct sigaction action {};
+  action.sa_handler = [](int) {};
+  sigaction(SIGUSR1, &action, nullptr);
+}
+
+// While a FIFO waits for its writer, and for more of its bytes.
+TEST(ReadWholeFileTest, SignalsChangeNothing) {
+  TakeSignals();
+  const TempDirectory directory;
+  const std::string fifo = directory.File("fifo");
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  std::string content;
+  int error = -1;
+  std::thread reader([&] { error = ReadWholeFile(fifo.c_str(), content); });
+  const auto interrupt = [&] {
+    for (int i = 0; i < 50; ++i) {
+      pthread_kill(reader.native_handle(), SIGUSR1);
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+  };
+  interrupt();
+  const int writer = open(fifo.c_str(), O_WRONLY);
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_EQ(write(writer, "GR 37\n", 6), 6);
+    interrupt();
+  }
+  close(writer);
+  reader.join();
+  EXPECT_EQ(error, 0);
+  EXPECT_EQ(content, "GR 37\nGR 37\nGR 37\n");
+}
+
+// A pipe that is full again and again, not waiting and waiting with signals.
+TEST(OutputTest, WritesThatAreRefusedOrBrokenOffLoseNothing) {
+  TakeSignals();
+  std::string text;
+  for (int i = 0; i < 100000; ++i) text += std::to_string(i) + '\n';
+  for (const int flags : {O_NONBLOCK, 0}) {
+    int ends[2];
+    ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+    fcntl(ends[1], F_SETFL, flags);
+    std::FILE* const stream = fdopen(ends[1], "w");
+    MakeUnbuffered(stream);
+    std::thread writer([&] {
+      EXPECT_EQ(WriteAll(stream, text), 0);
+      std::fclose(stream);
+    });
+    const UniqueFd reader(ends[0]);
+    std::string arrived;
+    char bytes[4096];
+    for (ssize_t count = 1; count > 0;) {
+      if (arrived.size() + sizeof bytes < text.size())
+        pthread_kill(writer.native_handle(), SIGUSR1);
+      count = read(reader.get(), bytes, sizeof bytes);
+      arrived.append(bytes, static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    }
+    writer.join();
+    EXPECT_EQ(arrived, text);
+  }
 }
 
 }  // namespace
