@@ -139,26 +139,19 @@ int CountOf(const std::string& text, const std::string& part) {
   return count;
 }
 
-// The error register rules in their own words: a first guess that later rules replace.
+// Of several error bits the first in this order has its say.
 HFLSTATUS ExpectedStatus(int errors, bool acknowledge) {
-  if (errors == 0) return HFL_SUCCESS;
-  HFLSTATUS status = HFL_SUCCESS;
-  if ((errors & 0x08) != 0) {
-    status = HFL_COLLISION;
-  } else if ((errors & 0x02) != 0) {
-    status = HFL_PARITY_ERROR;
+  for (const auto& [bit, status] : {std::pair{0x80, HFL_WRITE_ERROR},
+                                    {0x01, HFL_PROTOCOL_ERROR},
+                                    {0x10, HFL_OVERFLOW},
+                                    {0x04, acknowledge ? HFL_SHORT_ANSWER : HFL_CRC_ERROR},
+                                    {0x40, HFL_TEMPERATURE},
+                                    {0x08, HFL_COLLISION},
+                                    {0x02, HFL_PARITY_ERROR},
+                                    {0x20, HFL_CHIP_ERROR}}) {
+    if ((errors & bit) != 0) return status;
   }
-  if ((errors & 0x01) != 0) {
-    status = HFL_PROTOCOL_ERROR;
-  } else if ((errors & 0x10) != 0) {
-    status = HFL_OVERFLOW;
-  } else if ((errors & 0x04) != 0) {
-    status = acknowledge ? HFL_SHORT_ANSWER : HFL_CRC_ERROR;
-  } else if ((errors & 0x40) != 0) {
-    status = HFL_TEMPERATURE;
-  }
-  if ((errors & 0x80) != 0) status = HFL_WRITE_ERROR;
-  return status == HFL_SUCCESS ? HFL_CHIP_ERROR : status;
+  return HFL_SUCCESS;
 }
 
 TEST(ChipCommandTest, EveryErrorValueHasItsStatusAndDeliversTheAnswer) {

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <functional>
 #include <tuple>
 #include <vector>
 
@@ -76,18 +77,14 @@ TEST_F(RegisterControlTest, WriteClearsTopBitOfAddressAndChecksTheEcho) {
   EXPECT_EQ(param.self, garbage);
 }
 
-TEST_F(RegisterControlTest, WrongEchoTakesTwoMoreBytesOffTheLine) {
-  bus.answers = {0x02, 0x01, 0x01, 0x77};
-  setreg_param param{0x01, 0x0F, nullptr};
-  EXPECT_EQ(registers.SetRegister(&param), HFL_LINK_FAILED);
-  EXPECT_EQ(bus.reads, 3);
-  EXPECT_EQ(bus.answers.size(), 1u);
-}
-
-TEST_F(RegisterControlTest, MissingEchoIsNotFollowedByFurtherReads) {
+TEST_F(RegisterControlTest, WrongEchoTakesTwoMoreBytesOffTheLineAndAMissingOneNone) {
   setreg_param param{0x01, 0x0F, nullptr};
   EXPECT_EQ(registers.SetRegister(&param), HFL_LINK_FAILED);
   EXPECT_EQ(bus.reads, 1);
+  bus.answers = {0x02, 0x01, 0x01, 0x77};
+  EXPECT_EQ(registers.SetRegister(&param), HFL_LINK_FAILED);
+  EXPECT_EQ(bus.reads, 1 + 3);
+  EXPECT_EQ(bus.answers.size(), 1u);
 }
 
 TEST_F(RegisterControlTest, ModifySetsOrClearsTheMaskAndAlwaysWritesBack) {
@@ -120,50 +117,37 @@ TEST_F(RegisterControlTest, MultipleAccessesGoToOneAddressAndStopAtTheFirstFailu
   EXPECT_EQ(bus.sent, Bytes({0x89, 0x89, 0x89}));
 }
 
-TEST_F(RegisterControlTest, MultipleAccessOfLengthZeroTransfersNothing) {
+TEST_F(RegisterControlTest, MultipleAccessOfNothingAndOfMoreThan255Bytes) {
   setmulti_param set{0x09, 0, nullptr, nullptr};
   getmulti_param get{0x09, 0, nullptr, nullptr};
   EXPECT_EQ(registers.SetRegisterMultiple(&set), HFL_SUCCESS);
   EXPECT_EQ(registers.GetRegisterMultiple(&get), HFL_SUCCESS);
   EXPECT_EQ(bus.transfers, 0);
-}
-
-TEST_F(RegisterControlTest, MultipleAccessGoesBeyond255Bytes) {
   Bytes read(300, 0);
   bus.answers.assign(300, 0x42);
-  getmulti_param get{0x09, 300, read.data(), nullptr};
+  get = {0x09, 300, read.data(), nullptr};
   EXPECT_EQ(registers.GetRegisterMultiple(&get), HFL_SUCCESS);
   EXPECT_EQ(std::count(read.begin(), read.end(), 0x42), 300);
 }
 
 // Every operation, with the bus failing at each of its transfers in turn.
 TEST_F(RegisterControlTest, AnyFailingTransferEndsTheOperationWithItsStatus) {
-  const std::uint8_t value = 0x5A;
-  const auto set = [&] {
-    setreg_param p{0x01, value, nullptr};
-    return registers.SetRegister(&p);
-  };
-  const auto get = [&] {
-    getreg_param p{0x01, 0, nullptr};
-    return registers.GetRegister(&p);
-  };
-  const auto modify = [&] {
-    modify_param p{0x01, 0x01, 1, nullptr};
-    return registers.ModifyRegister(&p);
-  };
-  const auto check = [&](const auto& operation, int transfers) {
+  setreg_param set{0x01, 0x5A, nullptr};
+  getreg_param get{0x01, 0, nullptr};
+  modify_param modify{0x01, 0x01, 1, nullptr};
+  using Case = std::tuple<int, std::function<HFLSTATUS()>, std::deque<std::uint8_t>>;
+  for (const auto& [transfers, operation, answers] :
+       {Case{3, [&] { return registers.SetRegister(&set); }, {0x01}},
+        Case{2, [&] { return registers.GetRegister(&get); }, {0x01}},
+        Case{5, [&] { return registers.ModifyRegister(&modify); }, {0x00, 0x01}}}) {
     for (int position = 1; position <= transfers; ++position) {
       bus.transfers = 0;
       bus.fail_at = position;
-      bus.answers =
-          transfers == 5 ? std::deque<std::uint8_t>{0x00, 0x01} : std::deque<std::uint8_t>{0x01};
+      bus.answers = answers;
       EXPECT_EQ(operation(), HFL_NOT_READY) << "transfer " << position << " of " << transfers;
       EXPECT_EQ(bus.transfers, position);
     }
-  };
-  check(set, 3);
-  check(get, 2);
-  check(modify, 5);
+  }
 }
 
 // A component sees below it only a record with slots: two users may share one lower wrapper, each
