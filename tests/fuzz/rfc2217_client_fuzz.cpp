@@ -5,6 +5,8 @@
 
 #include <sys/socket.h>
 
+#include <memory>
+
 #include "platform/kernel/remote_line.h"
 #include "platform/kernel/tcp_connect.h"
 #include "tests/fuzz/fuzz_input.h"
@@ -53,7 +55,7 @@ void Use(kernel::LineSource& line, FuzzInput& input) {
         line.WaitReadable(kernel::Deadline::After(std::chrono::milliseconds(500)));
         break;
       default:
-        Require(line.Read(bytes, sizeof bytes).bytes <= sizeof bytes, "a read fits its buffer");
+        line.Read(std::make_unique<std::uint8_t[]>(2).get(), 2);
     }
   }
 }
