@@ -113,7 +113,9 @@ class Port final : public KernelObject,
   void Leave(Lock& lock, Slot& slot);
   void Attempt(Operation& operation);
   void AttemptEvent(Operation& operation);
+  Transfer Try(const Operation& operation);
   void Judge(Operation& operation, const Transfer& transfer);
+  bool Settle(Operation& operation, const Transfer& transfer);  // true: it is completed
 
   std::mutex mutex_;
   std::condition_variable changed_;   // an operation completed, or a slot is no longer driven

@@ -113,22 +113,31 @@ void Port::Leave(Lock& lock, Slot& slot) {
 // has failed or has run out of time.
 void Port::Attempt(Operation& operation) {
   if (operation.kind == OperationKind::kCommEvent) return AttemptEvent(operation);
+  if (operation.done == operation.length) return Complete(operation, ERROR_SUCCESS);
+  Judge(operation, Try(operation));
+}
+
+Transfer Port::Try(const Operation& operation) {
   const DWORD rest = operation.length - operation.done;
-  if (rest == 0) return Complete(operation, ERROR_SUCCESS);
-  if (operation.kind == OperationKind::kRead) {
-    Judge(operation, line_->Read(operation.buffer + operation.done, rest));
-  } else {
-    Judge(operation, line_->Write(operation.data + operation.done, rest));
-  }
+  return operation.kind == OperationKind::kRead
+             ? line_->Read(operation.buffer + operation.done, rest)
+             : line_->Write(operation.data + operation.done, rest);
 }
 
 void Port::Judge(Operation& operation, const Transfer& transfer) {
-  operation.done += static_cast<DWORD>(transfer.bytes);
-  if (transfer.error != ERROR_SUCCESS) return Complete(operation, transfer.error);
-  if (operation.done >= operation.wanted) return Complete(operation, ERROR_SUCCESS);
-  if (!operation.deadline.Passed()) return;
+  if (Settle(operation, transfer) || !operation.deadline.Passed()) return;
+  // A thread may be kept from running: what came back empty may have been tried long ago. Only a
+  // try made after the deadline proves that the bytes were not there in time.
+  if (Settle(operation, Try(operation))) return;
   const bool reading = operation.kind == OperationKind::kRead;
   Complete(operation, reading ? ERROR_SUCCESS : ERROR_SEM_TIMEOUT);
+}
+
+bool Port::Settle(Operation& operation, const Transfer& transfer) {
+  operation.done += static_cast<DWORD>(transfer.bytes);
+  const bool settled = transfer.error != ERROR_SUCCESS || operation.done >= operation.wanted;
+  if (settled) Complete(operation, transfer.error);
+  return settled;
 }
 
 void Port::AttemptEvent(Operation& operation) {
