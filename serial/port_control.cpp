@@ -56,11 +56,18 @@ void HandToBus(AppState& state) {
 
 }  // namespace
 
+std::string PortDeviceName(std::string_view shown) {
+  constexpr std::size_t kLongestShort = sizeof "COM9:" - 1;
+  if (shown.size() <= kLongestShort) return std::string(shown);
+  if (shown.ends_with(':')) shown.remove_suffix(1);
+  return R"(\\.\)" + std::string(shown);
+}
+
 void OpenPort(const action_param* action) {
   AppState& state = *action->app_state;
   const char* const name = state.port_names[state.port_index];
-  const HANDLE port = CreateFileA(name, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
-                                  FILE_FLAG_OVERLAPPED, nullptr);
+  const HANDLE port = CreateFileA(PortDeviceName(name).c_str(), GENERIC_READ | GENERIC_WRITE, 0,
+                                  nullptr, OPEN_EXISTING, FILE_FLAG_OVERLAPPED, nullptr);
   if (port == INVALID_HANDLE_VALUE) {  // NOLINT(performance-no-int-to-ptr)
     const DWORD error = GetLastError();
     UsePort(state, nullptr);

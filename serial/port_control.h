@@ -11,9 +11,16 @@
 // which the runner thread calls too. Each takes AppState::stack_lock for as long as it touches the
 // port. Bit rates are in bits per second.
 
+#include <string>
+#include <string_view>
+
 #include "shell/state/app_state.h"
 
 namespace vt63x {
+
+// What to open for a port that is shown as "COM1:" to "COM16:": Windows knows those from COM10 on
+// by their long device names only (\\.\COM10).
+std::string PortDeviceName(std::string_view shown);
 
 // Opens port_names[port_index] at 9600 bps with a read time-out of 500 ms. On failure the log says
 // so and the port stays closed.

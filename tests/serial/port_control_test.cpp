@@ -70,6 +70,14 @@ TEST(PortControlTest, OpenPortStartsAt9600AndReachesTheChip) {
   EXPECT_EQ(data, 0x91);
 }
 
+// Windows finds no COM10 under its short name.
+TEST(PortControlTest, TwoDigitPortsAreOpenedByTheirLongNames) {
+  EXPECT_EQ(PortDeviceName("COM1:"), "COM1:");
+  EXPECT_EQ(PortDeviceName("COM9:"), "COM9:");
+  EXPECT_EQ(PortDeviceName("COM10:"), R"(\\.\COM10)");
+  EXPECT_EQ(PortDeviceName("COM16:"), R"(\\.\COM16)");
+}
+
 TEST(PortControlTest, PortThatCannotBeOpenedLeavesALineAndStaysClosed) {
   SerialLine line;
   SetEnvironmentVariableA("VT63X_COM3", "/nowhere/at/all");
