@@ -81,28 +81,34 @@ bool CanBeRead(const char* path) {
   return true;
 }
 
+void RefuseRun(const action_param* action, const char* reason) {
+  log_append(action, ("Error: Cannot process WCF (" + std::string(reason) + ").").c_str(), 1);
+}
+
 void CloseThread(HANDLE& thread) {
   CloseHandle(thread);
   thread = nullptr;
 }
 
-void StartRun(AppState& state) {
+// False when a thread could not be made.
+bool StartRun(AppState& state) {
   start_gate.Set(StartGate::State::kClosed);
   state.script_running = 1;
   state.runner_thread = CreateThread(nullptr, 0, RunWhenAllowed, &thread_param, 0, nullptr);
   if (state.runner_thread == nullptr) {
     state.script_running = 0;
-    return;
+    return false;
   }
   state.processing_thread =
       CreateThread(nullptr, 0, ShowProcessingDialog, &thread_param, 0, nullptr);
   if (state.processing_thread != nullptr) {
     start_gate.Set(StartGate::State::kOpen);
-    return;
+    return true;
   }
   state.script_running = 0;
   start_gate.Set(StartGate::State::kCancelled);
   CloseThread(state.runner_thread);
+  return false;
 }
 
 bool Reap(HANDLE& thread) {
@@ -132,24 +138,26 @@ void ApplyOverrideName(const action_param* action) {
   if (NoneSelected(state) || state.script_running != 0) return;
   char new_fname[254];
   GetDlgItemTextA(state.main_wnd, IDC_OVERRIDE_NAME, new_fname, sizeof new_fname);
-  // Each change is notified several times; the log hears of it once.
-  static std::string refused;
-  if (OverridePath(state.wcf_path, new_fname)) {
-    refused.clear();
+  // Each key is notified, and more than once; the log hears of it when a name fits no longer.
+  static bool fits = true;
+  const bool fitted = std::exchange(fits, OverridePath(state.wcf_path, new_fname));
+  if (fits) {
     ShowPath(state);
-  } else if (refused != new_fname) {
-    refused = new_fname;
+  } else if (fitted) {
     log_append(action, "Error: Override name does not fit into the path (259 characters).", 1);
   }
 }
 
 void ProcessCommandFile(const action_param* action) {
   AppState& state = *action->app_state;
-  if (state.script_running != 0) return;
+  if (state.script_running != 0) {
+    RefuseRun(action, "a run is under way");
+    return;
+  }
   if (NoneSelected(state)) AskForFile(state);
   if (NoneSelected(state)) return;
   if (!CanBeRead(state.wcf_path)) {
-    log_append(action, "Error: Cannot process WCF (not found).", 1);
+    RefuseRun(action, "not found");
     return;
   }
   run_wanted = *action;
@@ -173,9 +181,13 @@ void ReapThreadsTimer(const action_param* action) {
   }
   KillTimer(state.main_wnd, REAP_TIMER);
   const auto wanted = std::exchange(run_wanted, std::nullopt);
-  if (!wanted || !runner || !processing) return;
+  if (!wanted) return;
+  if (!runner || !processing) {
+    RefuseRun(action, "the last run has not ended");
+    return;
+  }
   thread_param = *wanted;
-  StartRun(state);
+  if (!StartRun(state)) RefuseRun(action, "no thread for it");
 }
 
 DWORD WINAPI ShowProcessingDialog(void* parameter) {

@@ -37,6 +37,25 @@ TEST_F(CommandFileTest, ShortRunsNeverLeaveTheDialogOpen) {
   });
 }
 
+TEST_F(CommandFileTest, RunThatWaitsInVainForTheLastOneIsSaid) {
+  Run([&] {
+    static std::atomic<bool> over;
+    over = false;
+    const LPTHREAD_START_ROUTINE wait = [](void*) -> DWORD {
+      while (!over) Sleep(5);
+      return 0;
+    };
+    Command(IDC_OPEN);
+    SelectScript("//> ran\n");
+    ProgramState()->processing_thread = CreateThread(nullptr, 0, wait, nullptr, 0, nullptr);
+    Command(IDC_PROCESS_WCF);
+    WaitForLog("Error: Cannot process WCF (the last run has not ended).\r\n");
+    over = true;
+    Process();
+    WaitForLog("//< ran");
+  });
+}
+
 TEST_F(CommandFileTest, OverrideNameRetargetsAsFarAsItFits) {
   Run([&] {
     Command(IDC_OPEN);
@@ -52,6 +71,7 @@ TEST_F(CommandFileTest, OverrideNameRetargetsAsFarAsItFits) {
     Command(IDM_CLEAR_LOG);
     SetDlgItemTextA(main(), IDC_OVERRIDE_NAME, std::string(253, 'x').c_str());
     EXPECT_EQ(Text(IDC_COMMAND_FILE), directory_.File("test.bak.wcf"));
+    SetDlgItemTextA(main(), IDC_OVERRIDE_NAME, std::string(252, 'x').c_str());
     EXPECT_EQ(Log(), "Error: Override name does not fit into the path (259 characters).\r\n");
     const std::string longest(MAX_PATH - 1 - directory_.File("").size() - 4, 'y');
     SetDlgItemTextA(main(), IDC_OVERRIDE_NAME, longest.c_str());
@@ -78,6 +98,7 @@ TEST_F(CommandFileTest, RegisterDialogStaysUsableDuringARun) {
     EXPECT_EQ(IsWindowEnabled(main()), FALSE);
     EXPECT_NE(IsWindowEnabled(dialog), FALSE);
     Command(IDC_PROCESS_WCF);  // a second one does not start
+    EXPECT_NE(Log().find("Error: Cannot process WCF (a run is under way).\r\n"), std::string::npos);
     for (int i = 0; i < 40; ++i) {
       SendMessageA(dialog, WM_COMMAND, IDC_GET, 0);
       EXPECT_EQ(Text(dialog, IDC_RESULT), "GR: 37          // DATA == 91  // (STATUS: 0X0000)");
@@ -92,7 +113,7 @@ TEST_F(CommandFileTest, RegisterDialogStaysUsableDuringARun) {
          log.erase(0, end + 2)) {
       const std::string line = log.substr(0, end);
       EXPECT_TRUE(line.ends_with("(Status: 0x0000)") || line.starts_with("Processing ") ||
-                  line == "User Break recognised.")
+                  line.starts_with("Error: ") || line == "User Break recognised.")
           << line;
     }
   });
