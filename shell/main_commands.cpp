@@ -14,14 +14,20 @@
 #include "shell/register_dump.h"
 #include "shell/resources/resource.h"
 #include "shell/state/log.h"
+#include "shell/wait_cursor.h"
 
 namespace vt63x {
 namespace {
 
 void ForgetResumeLine(const action_param* action) { action->app_state->resume_line = 0; }
 
-void OpenByButton(const action_param* action) {
+void Open(const action_param* action) {
+  const WaitCursor wait;
   OpenPort(action);
+}
+
+void OpenByButton(const action_param* action) {
+  Open(action);
   ForgetResumeLine(action);
 }
 
@@ -120,7 +126,7 @@ constexpr command_row kCommands[] = {
     {IDM_EXIT, IDM_EXIT, Quit},
     {IDM_INFO, IDM_INFO, ShowInfo},
     {IDM_SETTINGS, IDM_SETTINGS, SetPort},
-    {IDM_OPEN, IDM_OPEN, OpenPort},
+    {IDM_OPEN, IDM_OPEN, Open},
     {IDM_CLOSE, IDM_CLOSE, CloseByMenu},
     {IDM_ACCESS_REGISTER, IDM_ACCESS_REGISTER, AccessRegisters},
     {IDM_PROCESS_FILE, IDM_PROCESS_FILE, ProcessFile},

@@ -3,10 +3,12 @@
 #include "shell/main_view.h"
 
 #include <chrono>
+#include <system_error>
 
 #include "shell/file_request.h"
 #include "shell/main_window.h"
 #include "shell/resources/resource.h"
+#include "shell/state/log.h"
 
 namespace vt63x {
 namespace {
@@ -71,6 +73,13 @@ bool MainWindowView::ReadLogPane(char* buffer, std::size_t size) {
 
 bool MainWindowView::AskLogFile(char (&path)[MAX_PATH]) {
   return AskFileToSave(state_, "Log Text File", "*.txt", path);
+}
+
+void MainWindowView::LogNotSaved(const char* path, int error) {
+  const action_param action{state_.main_wnd, state_.main_wnd, state_.instance, 0, 0, &state_};
+  const std::string reason = std::generic_category().message(error);
+  log_append(&action,
+             ("Error: Cannot save the log in " + std::string(path) + ": " + reason).c_str(), 1);
 }
 
 void MainWindowView::ShowBitRate(const char* text) {

@@ -30,6 +30,7 @@ class MainWindowView : public MainView {
   void LogCleared() override;
   bool ReadLogPane(char* buffer, std::size_t size) override;
   bool AskLogFile(char (&path)[MAX_PATH]) override;
+  void LogNotSaved(const char* path, int error) override;
   void ShowBitRate(const char* text) override;
   void ShowPortOpen(bool open) override;
   void ScriptEnded(ScriptEnd end, const script_totals& totals) override;

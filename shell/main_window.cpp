@@ -182,9 +182,11 @@ struct message_row {
 };
 
 constexpr message_row kMessages[] = {
-    {WM_INITDIALOG, InitDialog}, {WM_COMMAND, RunMainCommand}, {WM_SIZE, KeepWindowSize},
-    {WM_CLOSE, Close},           {WM_DESTROY, Destroy},        {WM_TIMER, Timer},
-    {WM_SHOW_LOG, ShowLog},      {WM_SHOW_RATE, ShowRate},     {WM_READ_LOG, ReadLog},
+    {WM_INITDIALOG, InitDialog}, {WM_COMMAND, RunMainCommand},
+    {WM_SIZE, KeepWindowSize},   {WM_CLOSE, Close},
+    {WM_DESTROY, Destroy},       {WM_TIMER, Timer},
+    {WM_SHOW_LOG, ShowLog},      {WM_SHOW_RATE, ShowRate},
+    {WM_READ_LOG, ReadLog},      {WM_GETMINMAXINFO, TellSizeLimits},
 };
 
 }  // namespace

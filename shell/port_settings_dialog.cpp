@@ -4,9 +4,11 @@
 
 #include <cstdio>
 
+#include "serial/port_control.h"
 #include "shell/program.h"
 #include "shell/resources/resource.h"
 #include "shell/state/app_state.h"
+#include "shell/wait_cursor.h"
 
 namespace vt63x {
 namespace {
@@ -38,10 +40,11 @@ void Verify(const action_param* action) {
     ShowResult(action->dialog_wnd, "NOK (No Sel.)");
     return;
   }
+  const WaitCursor wait;
+  const std::string device = PortDeviceName(action->app_state->port_names[selected]);
   SetLastError(ERROR_SUCCESS);
-  const HANDLE port =
-      CreateFileA(action->app_state->port_names[selected], GENERIC_READ | GENERIC_WRITE, 0, nullptr,
-                  OPEN_EXISTING, 0, nullptr);
+  const HANDLE port = CreateFileA(device.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
+                                  OPEN_EXISTING, 0, nullptr);
   const bool opened = port != INVALID_HANDLE_VALUE;  // NOLINT(performance-no-int-to-ptr)
   if (opened) CloseHandle(port);
   char text[32];

@@ -10,13 +10,14 @@
 #include "shell/configuration_file.h"
 #include "shell/main_view.h"
 #include "shell/main_window.h"
+#include "shell/modeless_keys.h"
 #include "shell/resources/resource.h"
 
 namespace vt63x {
 namespace {
 
 constexpr char seps[] = " ,\t\n";
-constexpr DWORD kRunnerAwaitedMs = 2000;
+constexpr DWORD kRunnerAwaitedMs = 1000;
 
 AppState* program_state = nullptr;
 
@@ -69,6 +70,7 @@ int RunProgram(HINSTANCE instance, char* command_line, SerialBusInterface* bus) 
   MainWindowView view(state);
   state.view = &view;
   program_state = &state;
+  const ModelessKeys modeless_keys;
   const INT_PTR result =
       DialogBoxParamA(instance, MAKEINTRESOURCEA(IDD_MAIN), nullptr, MainDlgProc, 0);
   const bool runner_ended = EndRunner(state);

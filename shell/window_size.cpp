@@ -22,6 +22,16 @@ void StretchLogPane(HWND window) {
 
 }  // namespace
 
+INT_PTR TellSizeLimits(const action_param* action) {
+  const AppState& state = *action->app_state;
+  if (state.init_width == 0) return FALSE;  // the window is being made
+  auto& limits = *reinterpret_cast<MINMAXINFO*>(action->lparam);
+  limits.ptMaxSize.x = state.init_width;
+  limits.ptMinTrackSize = {state.init_width, state.init_height};
+  limits.ptMaxTrackSize.x = state.init_width;
+  return TRUE;
+}
+
 INT_PTR KeepWindowSize(const action_param* action) {
   if (action->wparam != SIZE_RESTORED && action->wparam != SIZE_MAXIMIZED) return FALSE;
   const AppState& state = *action->app_state;

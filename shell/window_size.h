@@ -7,6 +7,9 @@
 
 namespace vt63x {
 
+// WM_GETMINMAXINFO of the main window: its first width is the only one, its first height the least.
+INT_PTR TellSizeLimits(const action_param* action);
+
 // WM_SIZE of the main window: puts width and height back into their limits, or else stretches the
 // log pane to the lower edge. TRUE when the message was for it.
 INT_PTR KeepWindowSize(const action_param* action);

@@ -6,6 +6,8 @@
 #include <windows.h>
 
 #include <cstdlib>
+#include <filesystem>
+#include <system_error>
 
 #include "platform/kernel/handle_table.h"
 #include "platform/kernel/last_error.h"
@@ -17,6 +19,18 @@
 
 namespace vt63x::kernel {
 namespace {
+
+// Where the program was started: a relative device is one of there, whatever directory it is in
+// now.
+const std::filesystem::path start_directory = [] {
+  std::error_code error;
+  return std::filesystem::current_path(error);
+}();
+
+DWORD OpenLine(const std::string& device, std::unique_ptr<LineSource>* line) {
+  return IsRemoteName(device) ? RemoteLine::Open(device, line)
+                              : TtyLine::Open((start_directory / device).string(), line);
+}
 
 HANDLE FailOpen(DWORD error) {
   SetLastError(error);
@@ -73,9 +87,8 @@ HANDLE WINAPI CreateFileA(LPCSTR name, DWORD access, DWORD share_mode,
   if (number == 0) return kernel::FailOpen(ERROR_FILE_NOT_FOUND);
   const char* const variable = std::getenv(kernel::PortVariable(number).c_str());
   const std::string device = kernel::PortDevice(number, variable);
-  const auto open = kernel::IsRemoteName(device) ? kernel::RemoteLine::Open : kernel::TtyLine::Open;
   std::unique_ptr<kernel::LineSource> line;
-  const DWORD error = open(device, &line);
+  const DWORD error = kernel::OpenLine(device, &line);
   if (error != ERROR_SUCCESS) return kernel::FailOpen(error);
   const HANDLE handle = kernel::MakePortHandle(std::move(line), flags != 0);
   return handle != nullptr ? handle : kernel::FailOpen(ERROR_NOT_ENOUGH_MEMORY);

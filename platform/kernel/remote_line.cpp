@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "platform/kernel/poll_until.h"
+#include "platform/kernel/slow_call.h"
 #include "platform/kernel/tcp_connect.h"
 #include "platform/kernel/tty_settings.h"
 
@@ -39,8 +40,11 @@ DWORD RemoteLine::Open(const std::string& name, std::unique_ptr<LineSource>* lin
   std::unique_ptr<RemoteLine> opened(new RemoteLine);
   opened->wake_ = FileDescriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
   if (!opened->wake_.valid()) return ERROR_NOT_ENOUGH_MEMORY;
-  DWORD error = ConnectTcp(*remote, deadline, &opened->socket_);
-  if (error == ERROR_SUCCESS) error = opened->Negotiate(deadline);
+  DWORD error = ERROR_SUCCESS;
+  RunSlowCall([&] {
+    error = ConnectTcp(*remote, deadline, &opened->socket_);
+    if (error == ERROR_SUCCESS) error = opened->Negotiate(deadline);
+  });
   if (error == ERROR_SUCCESS) *line = std::move(opened);
   return error;
 }
@@ -117,8 +121,11 @@ DWORD RemoteLine::Configure(DWORD bit_rate) {
     rfc2217::AppendComPort(outgoing_, Code(ComPort::kSetControl), off);
   }
   ++rates_unconfirmed_;
-  const bool answered =
-      TakeInUntil([this] { return rates_unconfirmed_ == 0; }, Deadline::After(kAnswerLimit));
+  bool answered = false;
+  RunSlowCall([&] {
+    answered =
+        TakeInUntil([this] { return rates_unconfirmed_ == 0; }, Deadline::After(kAnswerLimit));
+  });
   rates_unconfirmed_ = 0;
   if (lost_) return ERROR_DEVICE_NOT_CONNECTED;
   if (!answered) return ERROR_SEM_TIMEOUT;

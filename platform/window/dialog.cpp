@@ -23,6 +23,9 @@
 namespace vt63x::ui {
 namespace {
 
+// Room that a caption may need above a window, in pixels.
+constexpr int kCaptionRoom = 40;
+
 constexpr DWORD kKnownStyles = DS_SETFONT | DS_MODALFRAME | DS_CENTER | WS_VISIBLE | WS_CAPTION |
                                WS_SYSMENU | WS_THICKFRAME | WS_MINIMIZEBOX | WS_MAXIMIZEBOX |
                                static_cast<DWORD>(WS_POPUP);
@@ -110,7 +113,7 @@ void Dialog::MakeMenu(WORD resource) {
 
 int Dialog::MenuHeight() const {
   if (menu_bar_ == nullptr) return 0;
-  return std::max(menu_bar_->sizeHint().height(), menu_bar_->heightForWidth(frame()->width()));
+  return std::max(menu_bar_->sizeHint().height(), menu_bar_->heightForWidth(Place().width()));
 }
 
 void Dialog::PlaceFirst(const dialog_template& source) {
@@ -126,7 +129,32 @@ void Dialog::PlaceFirst(const dialog_template& source) {
     place.moveTopLeft(wanted.topLeft() +
                       static_cast<Dialog*>(parent())->client()->mapToGlobal(QPoint()));
   }
+  place.moveRight(std::min(place.right(), area.right()));
+  place.moveBottom(std::min(place.bottom(), area.bottom()));
+  place.moveLeft(std::max(place.left(), area.left()));
+  place.moveTop(std::max(place.top(), area.top()));
   MoveTo(place);
+  // How high the caption is only the window manager knows: it puts the frame to the edge itself.
+  if (place.top() < area.top() + kCaptionRoom) frame()->move(place.left(), area.top());
+}
+
+QRect Dialog::Place() const {
+  // Some window managers do not care for limits; what is too much stays empty.
+  const QSize size =
+      frame()->size().expandedTo(frame()->minimumSize()).boundedTo(frame()->maximumSize());
+  return {frame()->geometry().topLeft(), size};
+}
+
+void Dialog::AskLimits() {
+  if (!Has(style(), WS_THICKFRAME)) return;
+  constexpr POINT kLargest{QWIDGETSIZE_MAX, QWIDGETSIZE_MAX};
+  MINMAXINFO limits{{}, kLargest, {}, {}, kLargest};
+  Send(WM_GETMINMAXINFO, 0, reinterpret_cast<LPARAM>(&limits));
+  const auto size = [](const POINT& point) {
+    return QSize(point.x, point.y).boundedTo({QWIDGETSIZE_MAX, QWIDGETSIZE_MAX});
+  };
+  frame()->setMinimumSize(size(limits.ptMinTrackSize));
+  frame()->setMaximumSize(size(limits.ptMaxTrackSize));
 }
 
 void Dialog::MoveTo(const QRect& rect) {
@@ -149,8 +177,9 @@ UINT Dialog::SizeState() const {
 void Dialog::SizeMayHaveChanged() {
   if (destroyed()) return;
   const int top = MenuHeight();
-  const QSize size(frame()->width(), std::max(0, frame()->height() - top));
-  if (menu_bar_ != nullptr) menu_bar_->setGeometry(0, 0, frame()->width(), top);
+  const QSize whole = Place().size();
+  const QSize size(whole.width(), std::max(0, whole.height() - top));
+  if (menu_bar_ != nullptr) menu_bar_->setGeometry(0, 0, whole.width(), top);
   client_->setGeometry(QRect(QPoint(0, top), size));
   const UINT state = SizeState();
   if (size == told_size_ && state == told_state_) return;
@@ -177,6 +206,7 @@ void Dialog::Show(bool show) {
     frame()->hide();
     return;
   }
+  AskLimits();
   frame()->show();
   frame()->activateWindow();
   SizeMayHaveChanged();

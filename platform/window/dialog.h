@@ -38,6 +38,8 @@ class Dialog : public Window {
   void Initialise(LPARAM parameter);
   void Show(bool show);
   void MoveTo(const QRect& rect);
+  // On the screen, without the window manager's frame, within the limits of its size.
+  QRect Place() const;
 
   LRESULT Handle(UINT message, WPARAM wparam, LPARAM lparam) override;
   void Destroy() override;
@@ -61,6 +63,7 @@ class Dialog : public Window {
   void PlaceFirst(const dialog_template& source);
   LRESULT Default(UINT message, WPARAM wparam, LPARAM lparam);
   void NextControl(WPARAM wparam, bool handle);
+  void AskLimits();
   int MenuHeight() const;
   UINT SizeState() const;
 

@@ -155,3 +155,19 @@ BOOL WINAPI MapDialogRect(HWND handle, LPRECT rect) {
     return TRUE;
   });
 }
+
+HHOOK WINAPI SetWindowsHookExA(int kind, HOOKPROC procedure, HINSTANCE instance, DWORD thread) {
+  static char filter = 0;  // its address stands for every hook
+  if (kind == WH_MSGFILTER && procedure != nullptr && instance == nullptr &&
+      thread == GetCurrentThreadId()) {
+    return reinterpret_cast<HHOOK>(&filter);
+  }
+  SetLastError(ERROR_INVALID_PARAMETER);
+  return nullptr;
+}
+
+BOOL WINAPI UnhookWindowsHookEx(HHOOK hook) { return hook == nullptr ? FALSE : TRUE; }
+
+LRESULT WINAPI CallNextHookEx(HHOOK, int, WPARAM, LPARAM) { return 0; }
+
+BOOL WINAPI IsDialogMessageA(HWND, MSG*) { return FALSE; }

@@ -9,6 +9,7 @@
 #include <QWindow>
 
 #include "platform/window/dialog.h"
+#include "platform/window/draw_while.h"
 #include "platform/window/focus.h"
 #include "platform/window/key_input.h"
 #include "platform/window/message_queue.h"
@@ -68,8 +69,9 @@ bool CanBeClosed(const Dialog& dialog) {
 class EventFilter : public QObject {
  public:
   EventFilter() {
-    QObject::connect(qApp, &QApplication::focusChanged, this,
-                     [](QWidget*, QWidget* now) { ToolkitFocusMoved(now); });
+    QObject::connect(qApp, &QApplication::focusChanged, this, [](QWidget*, QWidget* now) {
+      if (!OnlyDrawing()) ToolkitFocusMoved(now);
+    });
   }
 
   bool eventFilter(QObject* object, QEvent* event) override {
@@ -91,6 +93,7 @@ class EventFilter : public QObject {
 
  private:
   static bool FrameEvent(Dialog& dialog, QEvent& event) {
+    if (OnlyDrawing()) return false;
     switch (event.type()) {
       case QEvent::Close:
         event.ignore();

@@ -7,7 +7,10 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QHeaderView>
 #include <QMessageBox>
+#include <QScreen>
+#include <QTreeView>
 #include <cstring>
 
 #include "platform/window/dialog.h"
@@ -20,6 +23,7 @@ namespace ui = vt63x::ui;
 namespace vt63x::ui {
 namespace {
 
+constexpr QSize kSize(800, 500);  // where the screen has room for it
 constexpr DWORD kFlags = OFN_PATHMUSTEXIST | OFN_FILEMUSTEXIST | OFN_EXPLORER;
 
 // Pairs of description and pattern, each with its terminator, and one more at the end.
@@ -36,6 +40,15 @@ QStringList FiltersOf(const char* filter) {
   return filters;
 }
 
+// Every column as wide as what it shows.
+void ShowWholeColumns(QFileDialog& dialog) {
+  dialog.setViewMode(QFileDialog::Detail);
+  auto* const files = dialog.findChild<QTreeView*>();
+  if (files == nullptr) return;
+  files->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+  dialog.resize(kSize.boundedTo(dialog.screen()->availableSize()));
+}
+
 void Prepare(QFileDialog& dialog, const OPENFILENAMEA& request, bool save) {
   dialog.setOption(QFileDialog::DontUseNativeDialog);
   dialog.setOption(QFileDialog::DontConfirmOverwrite);
@@ -43,6 +56,9 @@ void Prepare(QFileDialog& dialog, const OPENFILENAMEA& request, bool save) {
   const bool existing = !save && (request.Flags & OFN_FILEMUSTEXIST) != 0;
   dialog.setFileMode(existing ? QFileDialog::ExistingFile : QFileDialog::AnyFile);
   dialog.setNameFilters(FiltersOf(request.lpstrFilter));
+  ShowWholeColumns(dialog);
+  // Where the file chosen last is, since choosing moves the current directory.
+  dialog.setDirectory(QDir::currentPath());
   const QString name = FromProgram(request.lpstrFile);
   // A pattern says what to show, not what to take.
   if (!name.contains(QChar('*')) && !name.contains(QChar('?'))) dialog.selectFile(name);
@@ -63,6 +79,7 @@ bool Store(QFileDialog& dialog, OPENFILENAMEA& request) {
     return false;
   }
   std::memcpy(request.lpstrFile, path.c_str(), path.size() + 1);
+  QDir::setCurrent(QFileInfo(chosen).absolutePath());
   return true;
 }
 
@@ -72,7 +89,11 @@ BOOL AskFile(OPENFILENAMEA& request, bool save) {
   dialog.setModal(false);  // the owner alone is disabled, as by any dialog
   Prepare(dialog, request, save);
   OwnerDisabled owner_disabled(request.hwndOwner);
-  ModalLoop loop([&dialog] { dialog.reject(); });
+  ModalLoop loop([&dialog] {
+    // With what it may be asking the user.
+    for (auto* const question : dialog.findChildren<QDialog*>()) question->reject();
+    dialog.reject();
+  });
   while (!loop.ended()) {
     if (dialog.exec() != QDialog::Accepted) return FALSE;
     if (Store(dialog, request)) return TRUE;

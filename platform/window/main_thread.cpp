@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <QApplication>
+#include <QSettings>
 #include <QSocketNotifier>
 #include <atomic>
 #include <chrono>
@@ -14,13 +15,18 @@
 #include <memory>
 #include <mutex>
 
+#include "platform/kernel/slow_call.h"
+#include "platform/window/draw_while.h"
 #include "platform/window/event_filter.h"
 #include "platform/window/message_queue.h"
+#include "platform/window/start_up.h"
 
 namespace vt63x::ui {
 namespace {
 
 constexpr std::chrono::seconds kLoopAwaited{5};
+// The toolkit's own dialogs would leave files in the user's home directory.
+const QString kNoSettings = QStringLiteral("/dev/null");
 
 enum class CallState { kWaiting, kRunning, kDone };
 
@@ -56,7 +62,11 @@ struct Application {
     static int count = 1;
     static char name[] = "wps";
     static char* arguments[] = {name, nullptr};
-    application = std::make_unique<QApplication>(count, arguments);
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, kNoSettings);
+    {
+      const DisplayNeeded display_needed;
+      application = std::make_unique<QApplication>(count, arguments);
+    }
     QApplication::setQuitOnLastWindowClosed(false);
     wake_descriptor = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     notifier = std::make_unique<QSocketNotifier>(wake_descriptor.load(), QSocketNotifier::Read);
@@ -72,6 +82,8 @@ struct Application {
   std::unique_ptr<QSocketNotifier> notifier;
   std::unique_ptr<QObject> filter;
 };
+
+Application* application = nullptr;  // main thread
 
 thread_call* NextCall() {
   CallQueue& queue = Queue();
@@ -94,10 +106,13 @@ void Finish(thread_call& call) {
 
 void NeedApplication() {
   if (main_thread != 0) return;
-  static Application* const application = new Application;
-  static_cast<void>(application);
+  application = new Application;
   main_thread = GetCurrentThreadId();
+  kernel::SetSlowCallRunner(DrawWhile);
+  CatchEndSignals();
 }
+
+void HoldMessages(bool hold) { application->notifier->setEnabled(!hold); }
 
 bool OnMainThread() { return main_thread == GetCurrentThreadId(); }
 

@@ -27,6 +27,9 @@ bool RunOnMainThread(const std::function<void()>& call);
 // Wakes the main thread for what was put into a queue. Any thread.
 void WakeMainThread();
 
+// While held, neither calls nor messages are handed out; they are afterwards. Main thread.
+void HoldMessages(bool hold);
+
 // Runs the calls of other threads that wait. Main thread.
 void RunWaitingCalls();
 

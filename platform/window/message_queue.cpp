@@ -3,6 +3,7 @@
 #include "platform/window/message_queue.h"
 
 #include <QTimer>
+#include <atomic>
 #include <deque>
 #include <map>
 #include <memory>
@@ -11,6 +12,7 @@
 #include "platform/window/key_input.h"
 #include "platform/window/main_thread.h"
 #include "platform/window/modal_loop.h"
+#include "platform/window/start_up.h"
 #include "platform/window/window.h"
 
 namespace vt63x::ui {
@@ -36,6 +38,8 @@ MessageQueue& Queue() {
   static MessageQueue* const queue = new MessageQueue;  // as long as any thread lives
   return *queue;
 }
+
+std::atomic<bool> quit_from_signal = false;
 
 std::optional<posted_message> NextMessage() {
   MessageQueue& queue = Queue();
@@ -116,13 +120,20 @@ void DispatchMessages() {
   }
 }
 
+void QuitFromSignal() {
+  quit_from_signal = true;
+  WakeMainThread();
+}
+
 bool QuitRequested() {
+  if (quit_from_signal) return true;
   MessageQueue& queue = Queue();
   const std::lock_guard lock(queue.mutex);
   return queue.quit;
 }
 
 void ForgetQuit() {
+  if (quit_from_signal.exchange(false)) CatchEndSignals();
   MessageQueue& queue = Queue();
   const std::lock_guard lock(queue.mutex);
   queue.quit = false;

@@ -20,6 +20,8 @@ void PostToWindow(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
 void DispatchMessages();
 
 bool QuitRequested();
+// As PostQuitMessage, for a signal handler.
+void QuitFromSignal();
 void ForgetQuit();
 
 }  // namespace vt63x::ui

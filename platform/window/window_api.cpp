@@ -197,9 +197,9 @@ BOOL WINAPI GetWindowRect(HWND window, LPRECT rect) {
   return ui::WithWindow<BOOL>(window, FALSE, [&](ui::Window& w) -> BOOL {
     if (rect == nullptr) return FALSE;
     const QWidget& widget = *w.widget();
-    const QPoint corner =
-        w.is_control() ? widget.mapToGlobal(QPoint()) : widget.geometry().topLeft();
-    *rect = {corner.x(), corner.y(), corner.x() + widget.width(), corner.y() + widget.height()};
+    const QRect place =
+        w.is_control() ? QRect(widget.mapToGlobal(QPoint()), widget.size()) : w.dialog()->Place();
+    *rect = {place.left(), place.top(), place.left() + place.width(), place.top() + place.height()};
     return TRUE;
   });
 }

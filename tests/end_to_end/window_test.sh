@@ -12,6 +12,7 @@ title='VT63x Serial RS 232 Test Program'
 # start_program [SIM OPTION...]
 start_program() {
   cd "$work"
+  export HOME=$work/home
   "$bin/vt63x-sim" --card 5A3C1E78 --trace "$work/trace" "$@" -- "$bin/wps" 2>"$work/err" &
   program=$!
   pids+=($program)
@@ -135,13 +136,17 @@ case_resize() {
   [ "$HEIGHT" -gt "$((height + 50))" ] || fail "taller: height $HEIGHT, was $height"
 }
 
-# As high as the screen, as wide as before.
+# As high as the screen, as wide as before, and back.
 case_maximise() {
   place
   local width=$WIDTH height=$HEIGHT
+  xprop -id "$main" WM_NORMAL_HINTS | grep -q "maximum size: $width by" || fail 'the width is not told'
   wmctrl -i -b add,maximized_vert,maximized_horz -r "$main"
   higher() { place; [ "$HEIGHT" -gt "$((height + 100))" ] && [ "$WIDTH" -eq "$width" ]; }
   wait_for 5 higher || fail "maximised: $(size), was $width $height"
+  xprop -id "$main" _NET_WM_STATE | grep -q MAXIMIZED_VERT || fail 'it is maximised no longer'
+  wmctrl -i -b remove,maximized_vert,maximized_horz -r "$main"
+  wait_for 5 size_is "$width $height" || fail "restored: $(size), was $width $height"
   keys alt+o
   type_line 'gr 37'
   expect_log 'GR  37'
@@ -169,14 +174,22 @@ case_file_dialog() {
   printf 'GR 37\n' >"$work/scripts/one.wcf"
   printf 'GR 36\n' >"$work/scripts/two.wcf"
   keys alt+o
-  select_file "$work/scripts/one.wcf"
+  select_file scripts/one.wcf
   keys alt+n  # the override name, for another file of the folder
   keys ctrl+a
   xdotool type --delay 5 two
   keys alt+w
   wait_for 10 grep -q ' R 36' "$work/trace" || fail 'the other file did not run'
-  expect_log "Processing $work/scripts/two.wcf"
-  [ ! -e "$work/scripts/L1.txt" ] || fail 'the current folder moved'
+  log=$work/scripts/L1.txt  # the current folder moved with the file
+  type_line 'sav l1'
+  wait_for 10 test -s "$log" || fail 'the log is not beside the file'
+  grep -qF "Processing $work/scripts/two.wcf" "$log" || fail "another file ran: $(cat "$log")"
+  select_file one.wcf
+  keys alt+f
+  keys x
+  wait_for 10 gone || fail 'the program stays'
+  [ -e "$work/wps_start.cfg" ] || fail 'the configuration moved too'
+  [ ! -e "$HOME/.config" ] || fail "left in the home directory: $(find "$HOME/.config")"
 }
 
 # Twice into the same file: it then holds the log twice.
@@ -236,6 +249,22 @@ case_double_clicks() {
   keys alt+o
   type_line 'gr 37'
   expect_log 'GR  37'
+}
+
+# Twice as large, the window does not fit the screen: caption and menu bar do.
+case_scaled() {
+  keys alt+F4
+  wait_for 10 gone || fail 'the program stays'
+  QT_SCALE_FACTOR=2 start_program
+  place
+  [ "$X" -ge 0 ] && [ "$Y" -ge 10 ] || fail "at $X $Y"
+}
+
+case_no_display() {
+  local code=0
+  DISPLAY=:none "$bin/wps" 2>"$work/err" || code=$?
+  [ $code -eq 3 ] && [ "$(wc -l <"$work/err")" -eq 1 ] || fail "exit code $code"
+  grep -q 'no display' "$work/err" || fail 'it does not say so'
 }
 
 start_screen

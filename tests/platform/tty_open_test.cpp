@@ -28,6 +28,17 @@ DWORD OpenDeviceError(const std::string& device) {
   return ERROR_SUCCESS;
 }
 
+TEST(TtyOpen, RelativeDeviceStaysWhereTheProgramStarted) {
+  const PseudoTerminal terminal;
+  const std::filesystem::path start = std::filesystem::current_path();
+  const std::string link = "line-" + std::to_string(getpid());
+  std::filesystem::create_symlink(std::getenv(PseudoTerminal::kVariable), link);
+  std::filesystem::current_path("/");
+  EXPECT_EQ(OpenDeviceError(link), DWORD{ERROR_SUCCESS});
+  std::filesystem::current_path(start);
+  std::filesystem::remove(link);
+}
+
 TEST(TtyOpen, WhatIsNoSerialLineIsRefusedAndNeverWaitedFor) {
   const std::filesystem::path folder =
       std::filesystem::temp_directory_path() / ("vt63x-" + std::to_string(getpid()));

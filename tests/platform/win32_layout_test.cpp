@@ -40,6 +40,8 @@ static_assert(sizeof(COMMTIMEOUTS) == 20 && offsetof(COMMTIMEOUTS, ReadIntervalT
               offsetof(COMMTIMEOUTS, WriteTotalTimeoutConstant) == 16);
 static_assert(sizeof(RECT) == 16 && offsetof(RECT, bottom) == 12);
 static_assert(sizeof(POINT) == 8 && offsetof(POINT, y) == 4);
+static_assert(sizeof(MSG) == 48 && offsetof(MSG, pt) == 36);
+static_assert(sizeof(MINMAXINFO) == 40 && offsetof(MINMAXINFO, ptMaxTrackSize) == 32);
 static_assert(sizeof(OPENFILENAMEA) == 152 && offsetof(OPENFILENAMEA, lpstrFile) == 48 &&
               offsetof(OPENFILENAMEA, nMaxFile) == 56 && offsetof(OPENFILENAMEA, Flags) == 96);
 

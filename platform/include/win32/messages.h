@@ -17,6 +17,8 @@
 #define WM_GETTEXTLENGTH 0x000EU
 #define WM_CLOSE 0x0010U
 #define WM_QUIT 0x0012U
+// Asked before a window with a sizing frame is shown; the window manager hears of the answer.
+#define WM_GETMINMAXINFO 0x0024U
 #define WM_NEXTDLGCTL 0x0028U
 #define WM_SETFONT 0x0030U
 #define WM_GETFONT 0x0031U

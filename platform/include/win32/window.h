@@ -27,8 +27,11 @@ using DWORD_PTR = std::uintptr_t;
 using LPRECT = struct RECT*;
 using LPPOINT = struct POINT*;
 using HICON = struct HICON__*;
+using HCURSOR = HICON;
+using HHOOK = struct HHOOK__*;
 using HGDIOBJ = void*;
 using DLGPROC = INT_PTR(CALLBACK*)(HWND, UINT, WPARAM, LPARAM);
+using HOOKPROC = LRESULT(CALLBACK*)(int, WPARAM, LPARAM);
 using TIMERPROC = void(CALLBACK*)(HWND, UINT, UINT_PTR, DWORD);
 
 struct RECT {
@@ -41,6 +44,24 @@ struct RECT {
 struct POINT {
   LONG x;
   LONG y;
+};
+
+struct MSG {
+  HWND hwnd;
+  UINT message;
+  WPARAM wParam;
+  LPARAM lParam;
+  DWORD time;
+  POINT pt;
+};
+
+// lParam of WM_GETMINMAXINFO. Of the answer only the track sizes count.
+struct MINMAXINFO {
+  POINT ptReserved;
+  POINT ptMaxSize;
+  POINT ptMaxPosition;
+  POINT ptMinTrackSize;
+  POINT ptMaxTrackSize;
 };
 
 // A file dialog's request and answer. Fields that the list of GetOpenFileNameA does not name are 0.
@@ -111,6 +132,12 @@ struct OPENFILENAMEA {
 #define DEFAULT_QUALITY 0U
 #define FIXED_PITCH 1U
 
+#define IDC_ARROW MAKEINTRESOURCEA(32512)
+#define IDC_WAIT MAKEINTRESOURCEA(32514)
+
+#define WH_MSGFILTER (-1)
+#define MSGF_DIALOGBOX 0
+
 #define OFN_PATHMUSTEXIST 0x00000800U
 #define OFN_FILEMUSTEXIST 0x00001000U
 #define OFN_EXPLORER 0x00080000U
@@ -151,6 +178,14 @@ INT_PTR WINAPI DialogBoxParamA(HINSTANCE instance, LPCSTR name, HWND owner, DLGP
 HWND WINAPI CreateDialogParamA(HINSTANCE instance, LPCSTR name, HWND owner, DLGPROC procedure,
                                LPARAM parameter);
 BOOL WINAPI EndDialog(HWND dialog, INT_PTR result);
+
+// What a program needs elsewhere so that its modeless dialogs have Tab, Enter and Alt letters while
+// a modal dialog's loop runs. Here the loop does that by itself and gives nothing to a filter:
+// WH_MSGFILTER for the calling thread is accepted and never called, IsDialogMessageA takes nothing.
+HHOOK WINAPI SetWindowsHookExA(int kind, HOOKPROC procedure, HINSTANCE instance, DWORD thread);
+BOOL WINAPI UnhookWindowsHookEx(HHOOK hook);
+LRESULT WINAPI CallNextHookEx(HHOOK hook, int code, WPARAM wparam, LPARAM lparam);
+BOOL WINAPI IsDialogMessageA(HWND dialog, MSG* message);
 
 // --- windows and controls ---
 
@@ -211,7 +246,7 @@ int WINAPI GetMenuStringA(HMENU menu, UINT item, LPSTR buffer, int size, UINT fl
 BOOL WINAPI TrackPopupMenu(HMENU menu, UINT flags, int x, int y, int reserved, HWND window,
                            const RECT* rect);
 
-// --- fonts and icons ---
+// --- fonts, icons and cursors ---
 
 // `height` pixels a line (positive), weight 400, fixed pitch, everything else 0 or the default,
 // no face name or one.
@@ -221,12 +256,17 @@ HFONT WINAPI CreateFontA(int height, int width, int escapement, int orientation,
                          DWORD pitch_and_family, LPCSTR face);
 BOOL WINAPI DeleteObject(HGDIOBJ object);  // fonts
 HICON WINAPI LoadIconA(HINSTANCE instance, LPCSTR name);
+// The system's IDC_ARROW and IDC_WAIT; `instance` is null.
+HCURSOR WINAPI LoadCursorA(HINSTANCE instance, LPCSTR name);
+// Over all windows of the program, until it is set again; returns the one before.
+HCURSOR WINAPI SetCursor(HCURSOR cursor);
 
 // --- file dialogs ---
 
 // Owner, filter, file buffer and its size, and the flags above. The buffer comes in with a pattern
 // or a name and goes out with a full path. FALSE when the user leaves it. A path that does not fit
 // the buffer is told to the user, and the dialog stays. OFN_FILEMUSTEXIST counts for opening only.
+// The dialog starts in the current directory, which becomes the folder of the chosen file.
 BOOL WINAPI GetOpenFileNameA(OPENFILENAMEA* request);
 BOOL WINAPI GetSaveFileNameA(OPENFILENAMEA* request);
 

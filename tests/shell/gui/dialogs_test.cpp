@@ -73,6 +73,22 @@ TEST_F(DialogsTest, RegisterAccessShowsAndLogsItsLine) {
   });
 }
 
+// It is modeless, and the loop that runs is the main dialog's.
+TEST_F(DialogsTest, RegisterDialogHasItsKeys) {
+  Run([&] {
+    Command(IDC_OPEN);
+    const HWND dialog = OpenRegisterDialog();
+    const HWND address = GetDlgItem(dialog, IDC_ADDRESS);
+    const auto result_begins = [&](const char* with) {
+      return WaitFor([&] { return Text(dialog, IDC_RESULT).starts_with(with); }, with);
+    };
+    PostMessageA(address, WM_KEYDOWN, VK_RETURN, 1);
+    result_begins("SR: 00 00");
+    PostMessageA(address, WM_SYSCHAR, 'g', 0x20000001);
+    result_begins("GR: 00");
+  });
+}
+
 TEST_F(DialogsTest, CardReaderReadsACardAndLeavesTheMainPaneAlone) {
   Run([&] {
     Command(IDC_OPEN);

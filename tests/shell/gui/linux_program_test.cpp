@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 
+#include <csignal>
+
 #include "simulator/pty_server.h"
 #include "tests/shell/gui/program_test.h"
 
@@ -39,6 +41,50 @@ TEST_F(LinuxProgramTest, CardReaderOnALostPortSaysSoOnceForEachOperation) {
     EXPECT_EQ(log.find("Timeout Setting Errornous(Status: 0x"), 0u) << log;
     EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 2) << log;
   });
+}
+
+TEST_F(LinuxProgramTest, RunWithoutAThreadIsSaid) {
+  Run([&] {
+    Command(IDC_OPEN);
+    SelectScript("//> never\n");
+    std::vector<HANDLE> all;
+    do {
+      all.push_back(CreateEventA(nullptr, TRUE, FALSE, nullptr));
+    } while (all.back() != nullptr);
+    Command(IDC_PROCESS_WCF);
+    EXPECT_EQ(Log(), "Error: Cannot process WCF (no thread for it).\r\n");
+    for (const HANDLE event : all) CloseHandle(event);
+    EXPECT_EQ(ProgramState()->script_running, 0);
+  });
+}
+
+// Wherever the program is, it leaves in order: its port is remembered.
+TEST_F(LinuxProgramTest, SignalClosesTheProgram) {
+  const std::function<void()> states[] = {
+      [] {},
+      [&] {
+        Post(IDM_SETTINGS);
+        WaitForWindow("RS 232");
+      },
+      [&] { Post(IDC_SELECT_WCF); },
+      [&] {
+        SelectScript("::: LOOP\nGR 37\nJMP LOOP\n");
+        Command(IDC_PROCESS_WCF);
+        WaitForWindow("Processing...");
+      },
+  };
+  for (const auto& enter : states) {
+    std::filesystem::remove("wps_start.cfg");
+    const int result = Run([&] {
+      Command(IDC_OPEN);
+      enter();
+      SendMessageA(main(), WM_NULL, 0, 0);
+      kill(getpid(), &enter == states ? SIGINT : SIGTERM);
+      WaitUntilGone(main());
+    });
+    EXPECT_EQ(result, 0);
+    EXPECT_EQ(ReadFile("wps_start.cfg"), "0");
+  }
 }
 
 // Windows replaces them.

@@ -138,6 +138,11 @@ TEST_F(MainWindowTest, WidthStaysHeightGrowsOnlyAndThePaneFollows) {
     GetWindowRect(main(), &start);
     const int width = start.right - start.left;
     const int height = start.bottom - start.top;
+    MINMAXINFO limits{};
+    SendMessageA(main(), WM_GETMINMAXINFO, 0, reinterpret_cast<LPARAM>(&limits));
+    EXPECT_EQ(limits.ptMinTrackSize.x, width);
+    EXPECT_EQ(limits.ptMaxTrackSize.x, width);
+    EXPECT_EQ(limits.ptMinTrackSize.y, height);
     using row = std::tuple<int, int, int>;
     for (const auto& [width_change, height_change, height_after] :
          {row{100, 0, 0}, row{-200, 0, 0}, row{0, -150, 0}, row{0, 120, 120}, row{-50, 60, 60},
@@ -181,6 +186,16 @@ TEST_F(MainWindowTest, HelpAndPaneTextFollowTheLog) {
     Command(IDC_DUMP_REGISTER);
     EXPECT_EQ(Log().find("Registersetting : \r\n    0  1  2"), 0u);
     EXPECT_EQ(SendMessageA(Item(IDC_LOG), EM_GETLINECOUNT, 0, 0), 7);
+  });
+}
+
+TEST_F(MainWindowTest, LogThatCannotBeSavedIsSaid) {
+  std::filesystem::create_directory("X.txt");
+  Run([&] {
+    Command(IDC_OPEN);
+    Enter("SAV X");
+    const std::string path = directory_.File("X.txt");
+    EXPECT_EQ(LastLine().find("Error: Cannot save the log in " + path + ": "), 0u) << LastLine();
   });
 }
 
