@@ -2,7 +2,7 @@
 
 // Command files: checked, run on a simulated chip, and typed line by line.
 
-#include <sys/time.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -25,19 +25,28 @@ std::atomic<std::uint8_t>* running = nullptr;
 
 extern "C" void BreakOff(int) { *running = 0; }
 
-// Breaks the run off after 10 ms of computing: a file may well loop for ever.
-void StartRun(AppState& state) {
-  running = &state.script_running;
-  state.script_running = 1;
-  std::signal(SIGVTALRM, BreakOff);
-  constexpr itimerval kLimit{{0, 0}, {0, 10'000}};
-  ::setitimer(ITIMER_VIRTUAL, &kLimit, nullptr);
-}
+// Clears a flag after a while: a file may well loop for ever.
+class BreakSoon {
+ public:
+  explicit BreakSoon(std::atomic<std::uint8_t>& flag) {
+    flag = 1;
+    running = &flag;
+    std::signal(SIGUSR1, BreakOff);
+    sigevent event{};
+    event.sigev_notify = SIGEV_THREAD_ID;  // this thread, which outlives no timer
+    event._sigev_un._tid = ::gettid();
+    event.sigev_signo = SIGUSR1;
+    Require(::timer_create(CLOCK_MONOTONIC, &event, &timer_) == 0, "there is a timer");
+    constexpr itimerspec kSoon{{0, 0}, {0, 3'000'000}};
+    ::timer_settime(timer_, 0, &kSoon, nullptr);
+  }
+  ~BreakSoon() { ::timer_delete(timer_); }
+  BreakSoon(const BreakSoon&) = delete;
+  BreakSoon& operator=(const BreakSoon&) = delete;
 
-void StopTimer() {
-  constexpr itimerval kNever{};
-  ::setitimer(ITIMER_VIRTUAL, &kNever, nullptr);
-}
+ private:
+  timer_t timer_{};
+};
 
 void RunTyped(action_param* action, std::string_view text) {
   LineParser parser(action);
@@ -70,11 +79,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   SimulatedBus bus(chip);
   ProgramState program;
   const ComponentStack stack(program.state, &bus);
-  StartRun(program.state);
+  const BreakSoon limit(program.state.script_running);
   LineParser parser(&program.action);
   RunLines(parser, file);
-  StartRun(program.state);
   RunTyped(&program.action, text);
-  StopTimer();
   return 0;
 }
