@@ -124,12 +124,16 @@ TEST(RemoteTest, SecondClientIsTurnedAwayAndTheFirstGoesOn) {
   RemoteSim simulator;
   AccessServer ser2net;
   for (const std::string& url : {simulator.url(), ser2net.url()}) {
-    RunningProgram first(WCF_PROGRAM, {"exec", "//> in", "SLP 1000", "RE 37 91", "--port", url});
+    RunningProgram first(WCF_PROGRAM,
+                         {"exec", "//> in", "::: LOOP", "RE 37 91", "JMP LOOP", "--port", url});
     ASSERT_TRUE(first.WaitForOutput("//< in"));
     const ProgramResult second = Wcf({"exec", "GR 37"}, url);
     EXPECT_EQ(second.exit_code, 3);
     EXPECT_NE(second.err.find(url + ": it is in use"), std::string::npos) << second.err;
-    EXPECT_EQ(first.Finish().exit_code, 0);
+    first.Signal(SIGINT);
+    const ProgramResult broken_off = first.Finish();
+    EXPECT_NE(broken_off.err.find("broken off: "), std::string::npos) << broken_off.err;
+    EXPECT_NE(broken_off.err.find(" made, 0 failed"), std::string::npos) << broken_off.err;
     // And there is room again.
     EXPECT_EQ(Wcf({"exec", "RE 37 91"}, url).exit_code, 0);
   }
