@@ -30,6 +30,9 @@ QFont FixedPitch(int height, const char* face) {
   QFont font(face == nullptr || *face == '\0' ? QStringLiteral("Monospace") : FromProgram(face));
   font.setStyleHint(QFont::Monospace);
   font.setFixedPitch(true);
+  // Letters of one width need neither; scripts that need shaping get it all the same.
+  font.setStyleStrategy(QFont::PreferNoShaping);
+  font.setKerning(false);
   int pixels = height;
   do {
     font.setPixelSize(pixels);

@@ -5,7 +5,11 @@
 #include <QInputMethodEvent>
 #include <QMimeData>
 #include <QPlainTextEdit>
+#include <QScrollBar>
+#include <QStyle>
+#include <QStyleOptionSlider>
 #include <functional>
+#include <utility>
 
 #include "platform/window/control_classes.h"
 #include "platform/window/edit_rules.h"
@@ -16,6 +20,42 @@
 
 namespace vt63x::ui {
 namespace {
+
+// Painted anew only when it looks different: a line more in a long text moves it by less than a
+// pixel, and a bar costs more to paint than a line.
+class QuietScrollBar : public QScrollBar {
+ public:
+  explicit QuietScrollBar(QWidget* parent) : QScrollBar(Qt::Vertical, parent) {}
+
+ protected:
+  void sliderChange(SliderChange change) override {
+    if (change != SliderRangeChange && change != SliderValueChange) {
+      QScrollBar::sliderChange(change);
+    } else if (!std::exchange(looking_, true)) {
+      // Range and value change one after the other.
+      QMetaObject::invokeMethod(
+          this, [this] { Look(); }, Qt::QueuedConnection);
+    }
+  }
+  void paintEvent(QPaintEvent* event) override {
+    painted_ = Slider();
+    QScrollBar::paintEvent(event);
+  }
+
+ private:
+  QRect Slider() const {
+    QStyleOptionSlider option;
+    initStyleOption(&option);
+    return style()->subControlRect(QStyle::CC_ScrollBar, &option, QStyle::SC_ScrollBarSlider, this);
+  }
+  void Look() {
+    looking_ = false;
+    if (Slider() != painted_) update();
+  }
+
+  QRect painted_;
+  bool looking_ = false;
+};
 
 class TextEdit : public QPlainTextEdit {
  public:
@@ -49,6 +89,7 @@ class MultiLineEdit : public Control<TextEdit> {
     edit.setReadOnly(HasStyle(item.style, ES_READONLY));
     edit.setTabChangesFocus(true);
     if (HasStyle(item.style, ES_AUTOHSCROLL)) edit.setLineWrapMode(QPlainTextEdit::NoWrap);
+    edit.setVerticalScrollBar(new QuietScrollBar(&edit));
     edit.setVerticalScrollBarPolicy(HasStyle(item.style, WS_VSCROLL) ? Qt::ScrollBarAlwaysOn
                                                                      : Qt::ScrollBarAlwaysOff);
     edit.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -196,8 +237,9 @@ class MultiLineEdit : public Control<TextEdit> {
                                            (cursor.selectionEnd() - cursor.selectionStart()));
     QString wanted = LinesFromProgram(text);
     wanted.truncate(room);
+    // The edit's own cursor, which stands at the same place, goes along.
     cursor.insertText(capitals_ ? Capitals(wanted) : wanted);
-    toolkit().setTextCursor(cursor);
+    toolkit().ensureCursorVisible();
     if (!can_undo && undo) toolkit().setUndoRedoEnabled(true);
   }
 
