@@ -93,7 +93,6 @@ class EventFilter : public QObject {
 
  private:
   static bool FrameEvent(Dialog& dialog, QEvent& event) {
-    if (OnlyDrawing()) return false;
     switch (event.type()) {
       case QEvent::Close:
         event.ignore();
@@ -101,10 +100,10 @@ class EventFilter : public QObject {
         return true;
       case QEvent::Resize:
       case QEvent::WindowStateChange:
-        dialog.SizeMayHaveChanged();
+        if (!OnlyDrawing()) dialog.SizeMayHaveChanged();
         return false;
       case QEvent::WindowActivate:
-        if (!dialog.enabled()) PointToModal(dialog);
+        if (!OnlyDrawing() && !dialog.enabled()) PointToModal(dialog);
         return false;
       default:
         return false;
