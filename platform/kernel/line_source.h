@@ -29,17 +29,40 @@ struct Transfer {
   DWORD error = ERROR_SUCCESS;
 };
 
-// The ring indicator at one moment: edges counted by the driver, which misses no pulse, or the
-// level alone where the driver counts nothing.
+// The ring indicator at one moment: the rings that the driver has counted, which misses no pulse,
+// and the level for as long as it has counted none.
 struct RingState {
-  bool counted = false;
-  std::uint32_t edges = 0;  // when counted; wraps
-  bool on = false;          // when not counted
+  std::uint32_t rings = 0;  // wraps; 0 for a driver that does not count
+  bool on = false;          // looked at while `rings` is 0
 };
 
-inline bool RingEdge(const RingState& before, const RingState& now) {
-  return now.counted ? now.edges != before.edges : now.on != before.on;
-}
+// Tells rings from states of the line.
+//
+// There are drivers that have a counter and never move it, so a counter at 0 proves nothing: until
+// it has moved, each change of the level is a ring. A driver that does count does so when a ring
+// ends; where its first one was reported when it began, its end is not reported again.
+class RingWatch {
+ public:
+  void Start(const RingState& now) {
+    last_ = now;
+    begin_reported_ = false;
+  }
+
+  // Whether the line rang since Start, or since this said so last.
+  bool Rang(const RingState& now) {
+    const std::uint32_t counted = now.rings - last_.rings;
+    const bool level_changed = now.rings == 0 && now.on != last_.on;
+    if (counted == 0 && !level_changed) return false;
+    const bool known = begin_reported_ && counted == 1;
+    begin_reported_ = counted == 0 && now.on;
+    last_ = now;
+    return !known;
+  }
+
+ private:
+  RingState last_;
+  bool begin_reported_ = false;
+};
 
 enum class LineHealth { kUp, kGone };
 

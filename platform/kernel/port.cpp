@@ -87,7 +87,11 @@ DWORD Port::SetMask(DWORD mask) {
   const bool counting = mask_ != 0;
   mask_ = mask;
   // An edge that came while the event was asked for already is still to be reported.
-  return mask_ == 0 || counting ? ERROR_SUCCESS : Noted(line_->Ring(&ring_));
+  if (mask_ == 0 || counting) return ERROR_SUCCESS;
+  RingState now;
+  const DWORD ring_error = line_->Ring(&now);
+  ring_.Start(now);
+  return Noted(ring_error);
 }
 
 DWORD Port::BeginRead(OperationCall call, void* buffer, DWORD length) {

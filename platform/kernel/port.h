@@ -126,7 +126,7 @@ class Port final : public KernelObject,
   int threads_in_line_ = 0;
   COMMTIMEOUTS timeouts_;
   DWORD mask_ = 0;
-  RingState ring_;  // when the mask was set or the last event was reported
+  RingWatch ring_;  // while the mask is set
   std::uint64_t last_serial_ = 0;
   std::array<Slot, 3> slots_;
 };

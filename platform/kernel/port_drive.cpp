@@ -144,8 +144,7 @@ void Port::AttemptEvent(Operation& operation) {
   RingState now;
   const DWORD error = line_->Ring(&now);
   if (error != ERROR_SUCCESS) return Complete(operation, error);
-  if (!RingEdge(ring_, now)) return;
-  ring_ = now;
+  if (!ring_.Rang(now)) return;
   *operation.events = EV_RING;
   operation.done = sizeof(DWORD);
   Complete(operation, ERROR_SUCCESS);

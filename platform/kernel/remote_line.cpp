@@ -207,7 +207,7 @@ DWORD RemoteLine::ModemStatus(DWORD* status) {
 DWORD RemoteLine::Ring(RingState* state) {
   Flush();
   TakeIn();
-  *state = {true, rings_, false};
+  *state = {rings_, false};
   return lost_ ? ERROR_DEVICE_NOT_CONNECTED : ERROR_SUCCESS;
 }
 

@@ -210,14 +210,13 @@ DWORD TtyLine::ModemStatus(DWORD* status) {
 
 DWORD TtyLine::Ring(RingState* state) {
   serial_icounter_struct counters{};
-  if (Control(io_, TIOCGICOUNT, &counters) == 0) {
-    *state = {true, static_cast<std::uint32_t>(counters.rng), false};
-    return ERROR_SUCCESS;
-  }
-  if (!LacksRequest(errno)) return UseError(errno);
+  const bool counts = Control(io_, TIOCGICOUNT, &counters) == 0;
+  if (!counts && !LacksRequest(errno)) return UseError(errno);
+  *state = {static_cast<std::uint32_t>(counters.rng), false};
+  if (state->rings != 0) return ERROR_SUCCESS;
   DWORD status = 0;
   const DWORD error = ModemStatus(&status);
-  *state = {false, 0, (status & MS_RING_ON) != 0};
+  state->on = (status & MS_RING_ON) != 0;
   return error;
 }
 

@@ -89,16 +89,14 @@ TEST_F(RingWaitTest, EdgeDuringTheWaitIsSeen) {
 }
 
 TEST_F(RingWaitTest, PulseShorterThanTheSamplingIsCaughtByTheDriversCounter) {
-  port.script->Do([](Script& s) { s.ring.counted = true; });
-  std::thread board = OnNextQuestion([](Script& s) { ++s.ring.edges; });
+  std::thread board = OnNextQuestion([](Script& s) { ++s.ring.rings; });
   EXPECT_EQ(WaitRingEdge(&program.action, 60000), 1u);
   board.join();
 }
 
 TEST_F(RingWaitTest, EdgeBetweenTwoWaitsIsThereForTheSecond) {
-  port.script->Do([](Script& s) { s.ring.counted = true; });
   EXPECT_EQ(WaitRingEdge(&program.action, 5), 0u);
-  port.script->Do([](Script& s) { ++s.ring.edges; });
+  port.script->Do([](Script& s) { ++s.ring.rings; });
   EXPECT_EQ(WaitRingEdge(&program.action, 0), 1u);
   EXPECT_EQ(WaitRingEdge(&program.action, 0), 0u) << "reported once";
 }

@@ -125,7 +125,8 @@ BOOL WINAPI PurgeComm(HANDLE port, DWORD flags);
 BOOL WINAPI GetCommModemStatus(HANDLE port, LPDWORD status);
 
 // EV_RING or 0. Edges are counted from the call on that sets the mask first: by the driver, which
-// misses none, or where it cannot, as changes of the level seen every millisecond during a wait.
+// misses none, or where it cannot or has not counted one yet, as changes of the level seen every
+// millisecond during a wait.
 // Setting the mask ends a pending WaitCommEvent with no event.
 BOOL WINAPI SetCommMask(HANDLE port, DWORD mask);
 
