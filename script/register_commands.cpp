@@ -23,7 +23,7 @@ HFLSTATUS Access(LineParser& parser, HFLSTATUS (RegisterControlInterface::*opera
   AppState& state = *parser.action->app_state;
   HFLSTATUS status = HFL_SUCCESS;
   {
-    const std::lock_guard lock(state.stack_lock);
+    const LockGuard lock(state.stack_lock);
     RegisterControlInterface& registers = *state.component_ptrs.register_control;
     status = (registers.*operation)(&param);
   }

@@ -31,8 +31,7 @@ DCB LineSettings(DWORD bit_rate) {
   return dcb;
 }
 
-// With stack_lock held.
-DWORD ApplyBitRate(const AppState& state, DWORD bit_rate) {
+DWORD ApplyBitRate(const AppState& state, DWORD bit_rate) REQUIRES(state.stack_lock) {
   DCB dcb = LineSettings(bit_rate);
   SetLastError(ERROR_SUCCESS);
   SetCommState(state.port_handle, &dcb);
@@ -45,12 +44,11 @@ void ShowHostRate(AppState& state, std::uint8_t index) {
 }
 
 void UsePort(AppState& state, HANDLE port) {
-  const std::lock_guard lock(state.stack_lock);
+  const LockGuard lock(state.stack_lock);
   state.port_handle = port;
 }
 
-// With stack_lock held.
-void HandToBus(AppState& state) {
+void HandToBus(AppState& state) REQUIRES(state.stack_lock) {
   *static_cast<HANDLE*>(state.component_ptrs.serial_bus->core.members) = state.port_handle;
 }
 
@@ -82,7 +80,7 @@ void OpenPort(const action_param* action) {
   if (error != ERROR_SUCCESS && state.view != nullptr) state.view->PortSettingsRefused(name, error);
   {
     // The bus learns of a port only when it is set up.
-    const std::lock_guard lock(state.stack_lock);
+    const LockGuard lock(state.stack_lock);
     HandToBus(state);
   }
   if (state.view != nullptr) state.view->ShowPortOpen(true);
@@ -91,7 +89,7 @@ void OpenPort(const action_param* action) {
 void ClosePort(const action_param* action) {
   AppState& state = *action->app_state;
   {
-    const std::lock_guard lock(state.stack_lock);
+    const LockGuard lock(state.stack_lock);
     if (state.port_handle != nullptr) CloseHandle(state.port_handle);
     state.port_handle = nullptr;
     HandToBus(state);
@@ -102,7 +100,7 @@ void ClosePort(const action_param* action) {
 
 DWORD SetPortBitRate(const action_param* action, DWORD bit_rate) {
   AppState& state = *action->app_state;
-  const std::lock_guard lock(state.stack_lock);
+  const LockGuard lock(state.stack_lock);
   return ApplyBitRate(state, bit_rate);
 }
 
@@ -112,7 +110,7 @@ DWORD SetPortTimeouts(const action_param* action) {
   cto.ReadIntervalTimeout = MAXDWORD;
   cto.ReadTotalTimeoutMultiplier = MAXDWORD;
   cto.ReadTotalTimeoutConstant = kReadTimeoutMs;
-  const std::lock_guard lock(state.stack_lock);
+  const LockGuard lock(state.stack_lock);
   SetLastError(ERROR_SUCCESS);
   SetCommTimeouts(state.port_handle, &cto);
   return GetLastError();
@@ -120,7 +118,7 @@ DWORD SetPortTimeouts(const action_param* action) {
 
 BOOL PurgePort(const action_param* action) {
   AppState& state = *action->app_state;
-  const std::lock_guard lock(state.stack_lock);
+  const LockGuard lock(state.stack_lock);
   return PurgeLockedPort(state);
 }
 
@@ -144,7 +142,7 @@ void SwitchAllTo115k(const action_param* action) {
   HFLSTATUS status = HFL_SUCCESS;
   {
     // One sequence: an access between the two switches would find chip and host apart.
-    const std::lock_guard lock(state.stack_lock);
+    const LockGuard lock(state.stack_lock);
     status = state.component_ptrs.register_control->SetRegister(&param);
     if (status == HFL_SUCCESS) ApplyBitRate(state, 115200);
   }

@@ -40,7 +40,7 @@ DWORD SetPortTimeouts(const action_param* action);
 BOOL PurgePort(const action_param* action);
 
 // The same for a caller who holds stack_lock and goes on with an access.
-BOOL PurgeLockedPort(const AppState& state);
+BOOL PurgeLockedPort(const AppState& state) REQUIRES(state.stack_lock);
 
 // Host side only; the chip keeps its rate. Both update baudrate_index and the rate shown, and
 // return the result of SetPortBitRate.

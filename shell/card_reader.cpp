@@ -70,7 +70,7 @@ HexText Hex(const std::uint8_t* bytes, int count) {
 // One access sequence on the stack.
 template <typename Access>
 HFLSTATUS Locked(const action_param* action, const Access& access) {
-  const std::lock_guard lock(action->app_state->stack_lock);
+  const LockGuard lock(action->app_state->stack_lock);
   return access(action->app_state->component_ptrs);
 }
 

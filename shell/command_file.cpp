@@ -2,10 +2,8 @@
 
 #include "shell/command_file.h"
 
-#include <condition_variable>
 #include <cstdio>
 #include <cstring>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
@@ -15,6 +13,7 @@
 #include "shell/program.h"
 #include "shell/resources/resource.h"
 #include "shell/state/log.h"
+#include "threading/mutex.h"
 
 namespace vt63x {
 namespace {
@@ -32,20 +31,20 @@ class StartGate {
   enum class State { kClosed, kOpen, kCancelled };
 
   void Set(State state) {
-    const std::lock_guard lock(mutex_);
+    const LockGuard lock(mutex_);
     state_ = state;
-    changed_.notify_all();
+    changed_.NotifyAll();
   }
   bool PassWhenOpen() {
-    std::unique_lock lock(mutex_);
-    changed_.wait(lock, [this] { return state_ != State::kClosed; });
+    const LockGuard lock(mutex_);
+    while (state_ == State::kClosed) changed_.Wait(mutex_);
     return state_ == State::kOpen;
   }
 
  private:
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  State state_ = State::kClosed;
+  Mutex mutex_;
+  Condition changed_;
+  State state_ GUARDED_BY(mutex_) = State::kClosed;
 } start_gate;
 
 DWORD WINAPI RunWhenAllowed(void* action) {

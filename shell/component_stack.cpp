@@ -12,6 +12,7 @@ ComponentStack::ComponentStack(AppState& state, SerialBusInterface* bus) {
   operation_control_.Init(OperationControlOpen, &register_control_);
   iso14443a_.Init(Iso14443AOpen, &register_control_, kReady);
   card_memory_.Init(&exchange_, trxbuffer_.data());
+  const LockGuard lock(state.stack_lock);
   state.component_ptrs = {&card_memory_, &iso14443a_,        &operation_control_,
                           &exchange_,    &register_control_, &serial_bus_};
 }

@@ -20,7 +20,7 @@ void LogPane::Refresh() {
   bool whole = false;
   std::size_t end = 0;
   {
-    const std::lock_guard lock(state_.log_lock);
+    const LockGuard lock(state_.log_lock);
     end = std::strlen(state_.log_buf);
     whole = typed_into || length_ == 0 || generation_ != state_.log_generation || end < length_;
     text.assign(state_.log_buf + (whole ? 0 : length_), state_.log_buf + end);

@@ -88,7 +88,7 @@ void MainWindowView::ShowBitRate(const char* text) {
     return;
   }
   {
-    const std::lock_guard lock(rate_lock_);
+    const LockGuard lock(rate_lock_);
     rate_ = text;
   }
   PostMessageA(state_.main_wnd, WM_SHOW_RATE, 0, 0);
@@ -97,7 +97,7 @@ void MainWindowView::ShowBitRate(const char* text) {
 void MainWindowView::ShowPostedRate() {
   std::string rate;
   {
-    const std::lock_guard lock(rate_lock_);
+    const LockGuard lock(rate_lock_);
     rate = rate_;
   }
   SetDlgItemTextA(state_.main_wnd, IDC_BIT_RATE, rate.c_str());

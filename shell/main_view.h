@@ -5,11 +5,11 @@
 
 #include <atomic>
 #include <cstdint>
-#include <mutex>
 #include <string>
 
 #include "shell/log_pane.h"
 #include "shell/state/app_state.h"
+#include "threading/mutex.h"
 
 namespace vt63x {
 
@@ -53,8 +53,8 @@ class MainWindowView : public MainView {
   LogPane pane_;
   std::atomic<bool> log_posted_ = false;
   std::int64_t last_shown_ms_ = 0;  // main thread
-  std::mutex rate_lock_;
-  std::string rate_;  // guarded by rate_lock_
+  Mutex rate_lock_;
+  std::string rate_ GUARDED_BY(rate_lock_);
 };
 
 }  // namespace vt63x

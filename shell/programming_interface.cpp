@@ -21,7 +21,7 @@ using user_buffer = std::uint8_t[64];
 // One card operation under the stack's lock; what came of it is not looked at.
 template <typename Operation>
 void Locked(AppState& state, const Operation& operation) {
-  const std::lock_guard lock(state.stack_lock);
+  const LockGuard lock(state.stack_lock);
   operation(state.component_ptrs);
 }
 

@@ -58,7 +58,7 @@ unsigned Digits(HFLSTATUS status) { return static_cast<unsigned>(static_cast<int
 
 template <typename Access>
 HFLSTATUS PurgeAndAccess(AppState& state, const Access& access) {
-  const std::lock_guard lock(state.stack_lock);
+  const LockGuard lock(state.stack_lock);
   PurgeLockedPort(state);
   return access(*state.component_ptrs.register_control);
 }

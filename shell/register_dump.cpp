@@ -17,13 +17,13 @@ constexpr int kColumns = 16;
 
 HFLSTATUS Write(AppState& state, std::uint8_t address, std::uint8_t data) {
   setreg_param param{address, data, nullptr};
-  const std::lock_guard lock(state.stack_lock);
+  const LockGuard lock(state.stack_lock);
   return state.component_ptrs.register_control->SetRegister(&param);
 }
 
 HFLSTATUS Read(AppState& state, std::uint8_t address, std::uint8_t& data) {
   getreg_param param{address, 0, nullptr};
-  const std::lock_guard lock(state.stack_lock);
+  const LockGuard lock(state.stack_lock);
   const HFLSTATUS status = state.component_ptrs.register_control->GetRegister(&param);
   data = param.data;
   return status;

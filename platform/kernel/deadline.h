@@ -10,8 +10,8 @@
 
 #include <chrono>
 #include <compare>
-#include <condition_variable>
-#include <mutex>
+
+#include "threading/mutex.h"
 
 namespace vt63x::kernel {
 
@@ -47,12 +47,11 @@ class Deadline {
 };
 
 // Waits for a notification or the deadline. May return early; the caller looks again.
-inline void WaitUntil(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
-                      Deadline deadline) {
+inline void WaitUntil(Condition& condition, Mutex& mutex, Deadline deadline) REQUIRES(mutex) {
   if (deadline.IsNever()) {
-    condition.wait(lock);
+    condition.Wait(mutex);
   } else {
-    condition.wait_until(lock, deadline.point());
+    condition.WaitUntil(mutex, deadline.point());
   }
 }
 

@@ -10,54 +10,57 @@
 namespace vt63x::kernel {
 
 DWORD Event::Wait(Deadline deadline) {
-  std::unique_lock lock(mutex_);
+  const LockGuard lock(mutex_);
   bool tried = false;
   for (;;) {
     if (on_) return ERROR_SUCCESS;
     if (closed_) return ERROR_INVALID_HANDLE;
     if (deadline.Passed() && (tried || owner_ == nullptr)) return ERROR_SEM_TIMEOUT;
     if (owner_ == nullptr) {
-      WaitUntil(changed_, lock, deadline);
+      WaitUntil(changed_, mutex_, deadline);
       continue;
     }
     const std::shared_ptr<OperationOwner> owner = owner_;
     const OperationId id = id_;
-    lock.unlock();
+    mutex_.unlock();
     owner->Drive(id, deadline);
     tried = true;
-    lock.lock();
+    mutex_.lock();
   }
 }
 
 void Event::Close() {
-  std::unique_lock lock(mutex_);
-  closed_ = true;
-  const std::shared_ptr<OperationOwner> owner = std::exchange(owner_, nullptr);
-  const OperationId id = id_;
-  changed_.notify_all();
-  lock.unlock();
+  std::shared_ptr<OperationOwner> owner;
+  OperationId id;
+  {
+    const LockGuard lock(mutex_);
+    closed_ = true;
+    owner = std::exchange(owner_, nullptr);
+    id = id_;
+    changed_.NotifyAll();
+  }
   if (owner != nullptr) owner->Abandon(id);
 }
 
 bool Event::Reset() {
-  const std::lock_guard lock(mutex_);
+  const LockGuard lock(mutex_);
   if (owner_ != nullptr) return false;
   on_ = false;
   return true;
 }
 
 void Event::Attach(std::shared_ptr<OperationOwner> owner, OperationId id) {
-  const std::lock_guard lock(mutex_);
+  const LockGuard lock(mutex_);
   owner_ = std::move(owner);
   id_ = id;
-  changed_.notify_all();  // a thread that waits already takes the work over
+  changed_.NotifyAll();  // a thread that waits already takes the work over
 }
 
 void Event::Signal() {
-  const std::lock_guard lock(mutex_);
+  const LockGuard lock(mutex_);
   owner_ = nullptr;
   on_ = true;
-  changed_.notify_all();
+  changed_.NotifyAll();
 }
 
 }  // namespace vt63x::kernel

@@ -11,12 +11,11 @@
 
 #include <windows.h>
 
-#include <condition_variable>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 
 #include "platform/kernel/kernel_object.h"
+#include "threading/mutex.h"
 
 namespace vt63x::kernel {
 
@@ -65,12 +64,12 @@ class Event final : public KernelObject {
   void Signal();
 
  private:
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  std::shared_ptr<OperationOwner> owner_;  // null: no operation pending
-  OperationId id_;
-  bool on_ = false;
-  bool closed_ = false;
+  Mutex mutex_;
+  Condition changed_;
+  std::shared_ptr<OperationOwner> owner_ GUARDED_BY(mutex_);  // null: no operation pending
+  OperationId id_ GUARDED_BY(mutex_);
+  bool on_ GUARDED_BY(mutex_) = false;
+  bool closed_ GUARDED_BY(mutex_) = false;
 };
 
 }  // namespace vt63x::kernel

@@ -20,7 +20,7 @@ HANDLE MakeHandle(std::size_t index, std::uint64_t generation) {
 }  // namespace
 
 HANDLE HandleTable::Add(std::shared_ptr<KernelObject> object) {
-  const std::lock_guard lock(mutex_);
+  const LockGuard lock(mutex_);
   if (free_.empty()) {
     if (slots_.size() == kCapacity) return nullptr;
     slots_.emplace_back();
@@ -43,13 +43,13 @@ HandleTable::Slot* HandleTable::SlotOf(HANDLE handle) {
 }
 
 std::shared_ptr<KernelObject> HandleTable::Find(HANDLE handle) {
-  const std::lock_guard lock(mutex_);
+  const LockGuard lock(mutex_);
   const Slot* const slot = SlotOf(handle);
   return slot == nullptr ? nullptr : slot->object;
 }
 
 std::shared_ptr<KernelObject> HandleTable::Remove(HANDLE handle) {
-  const std::lock_guard lock(mutex_);
+  const LockGuard lock(mutex_);
   Slot* const slot = SlotOf(handle);
   if (slot == nullptr) return nullptr;
   if (++slot->generation <= kLastGeneration) {

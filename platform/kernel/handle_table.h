@@ -14,10 +14,10 @@
 #include <windows.h>
 
 #include <memory>
-#include <mutex>
 #include <vector>
 
 #include "platform/kernel/kernel_object.h"
+#include "threading/mutex.h"
 
 namespace vt63x::kernel {
 
@@ -41,11 +41,11 @@ class HandleTable {
     std::uint64_t generation = 1;
   };
 
-  Slot* SlotOf(HANDLE handle);
+  Slot* SlotOf(HANDLE handle) REQUIRES(mutex_);
 
-  std::mutex mutex_;
-  std::vector<Slot> slots_;        // slot number n is at n - 1
-  std::vector<std::size_t> free_;  // indices into slots_
+  Mutex mutex_;
+  std::vector<Slot> slots_ GUARDED_BY(mutex_);        // slot number n is at n - 1
+  std::vector<std::size_t> free_ GUARDED_BY(mutex_);  // indices into slots_
 };
 
 // The one table of the process. It is never destroyed: threads may still run when main returns.

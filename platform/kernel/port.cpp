@@ -29,8 +29,8 @@ Deadline DeadlineOf(const TransferPlan& plan) {
 
 Port::Port(std::unique_ptr<LineSource> line, bool overlapped)
     : KernelObject(kKind),
-      line_(std::move(line)),
       overlapped_(overlapped),
+      line_(std::move(line)),
       timeouts_(kReadWhatIsThere) {}
 
 DWORD Port::Usable() const {
@@ -45,14 +45,14 @@ DWORD Port::Noted(DWORD error) {
 
 DWORD Port::Configure(const DCB& settings) {
   if (!IsSupported(settings)) return ERROR_INVALID_PARAMETER;
-  const std::lock_guard lock(mutex_);
+  const LockGuard lock(mutex_);
   const DWORD error = Usable();
   return error != ERROR_SUCCESS ? error : Noted(line_->Configure(settings.BaudRate));
 }
 
 DWORD Port::SetTimeouts(const COMMTIMEOUTS& timeouts) {
   if (!IsSupported(timeouts)) return ERROR_INVALID_PARAMETER;
-  const std::lock_guard lock(mutex_);
+  const LockGuard lock(mutex_);
   const DWORD error = Usable();
   if (error == ERROR_SUCCESS) timeouts_ = timeouts;
   return error;
@@ -60,7 +60,7 @@ DWORD Port::SetTimeouts(const COMMTIMEOUTS& timeouts) {
 
 DWORD Port::Purge(DWORD flags) {
   if (flags == 0 || (flags & ~kPurgeFlags) != 0) return ERROR_INVALID_PARAMETER;
-  const std::lock_guard lock(mutex_);
+  const LockGuard lock(mutex_);
   DWORD error = Usable();
   if (error == ERROR_SUCCESS && (flags & PURGE_TXCLEAR) != 0) error = line_->PurgeOutput();
   if (error == ERROR_SUCCESS && (flags & PURGE_RXCLEAR) != 0) error = line_->PurgeInput();
@@ -68,14 +68,14 @@ DWORD Port::Purge(DWORD flags) {
 }
 
 DWORD Port::ModemStatus(DWORD* status) {
-  const std::lock_guard lock(mutex_);
+  const LockGuard lock(mutex_);
   const DWORD error = Usable();
   return error != ERROR_SUCCESS ? error : Noted(line_->ModemStatus(status));
 }
 
 DWORD Port::SetMask(DWORD mask) {
   if (mask != 0 && mask != EV_RING) return ERROR_INVALID_PARAMETER;
-  const std::lock_guard lock(mutex_);
+  const LockGuard lock(mutex_);
   Operation& wait = SlotOf(OperationKind::kCommEvent).operation;
   if (wait.pending) {
     *wait.events = 0;
@@ -95,7 +95,7 @@ DWORD Port::SetMask(DWORD mask) {
 }
 
 DWORD Port::BeginRead(OperationCall call, void* buffer, DWORD length) {
-  const std::lock_guard lock(mutex_);
+  const LockGuard lock(mutex_);
   const TransferPlan plan = PlanRead(timeouts_, length);
   Operation operation;
   operation.kind = OperationKind::kRead;
@@ -108,7 +108,7 @@ DWORD Port::BeginRead(OperationCall call, void* buffer, DWORD length) {
 }
 
 DWORD Port::BeginWrite(OperationCall call, const void* data, DWORD length) {
-  const std::lock_guard lock(mutex_);
+  const LockGuard lock(mutex_);
   const TransferPlan plan = PlanWrite(timeouts_, length);
   Operation operation;
   operation.kind = OperationKind::kWrite;
@@ -121,7 +121,7 @@ DWORD Port::BeginWrite(OperationCall call, const void* data, DWORD length) {
 }
 
 DWORD Port::BeginEventWait(OperationCall call, DWORD* events) {
-  const std::lock_guard lock(mutex_);
+  const LockGuard lock(mutex_);
   if (mask_ == 0) return ERROR_INVALID_PARAMETER;
   Operation operation;
   operation.kind = OperationKind::kCommEvent;
@@ -156,17 +156,20 @@ DWORD Port::Begin(Operation operation) {
   return ERROR_IO_PENDING;
 }
 
-DWORD Port::Result(OVERLAPPED* record, DWORD* bytes, bool wait) {
-  Lock lock(mutex_);
-  for (Slot& slot : slots_) {
+std::optional<OperationId> Port::PendingOf(const OVERLAPPED* record) {
+  const LockGuard lock(mutex_);
+  for (const Slot& slot : slots_) {
     const Operation& operation = slot.operation;
-    if (!operation.pending || operation.call.record != record) continue;
-    const OperationId id = operation.id();
-    lock.unlock();
-    Drive(id, wait ? Deadline::Never() : Deadline::At(Clock::time_point{}));
-    lock.lock();
-    break;
+    if (operation.pending && operation.call.record == record) return operation.id();
   }
+  return std::nullopt;
+}
+
+DWORD Port::Result(OVERLAPPED* record, DWORD* bytes, bool wait) {
+  if (const std::optional<OperationId> id = PendingOf(record)) {
+    Drive(*id, wait ? Deadline::Never() : Deadline::At(Clock::time_point{}));
+  }
+  const LockGuard lock(mutex_);
   *bytes = BytesOf(*record);
   const DWORD error = ErrorOf(*record);
   return error == STATUS_PENDING ? ERROR_IO_INCOMPLETE : error;
@@ -178,27 +181,27 @@ void Port::Complete(Operation& operation, DWORD error) {
   operation.call.record->Internal = Noted(error);
   if (operation.call.event != nullptr) operation.call.event->Signal();
   operation.call = {};
-  changed_.notify_all();
+  changed_.NotifyAll();
 }
 
 void Port::Abandon(OperationId id) {
-  const std::lock_guard lock(mutex_);
+  const LockGuard lock(mutex_);
   Operation& operation = SlotOf(id.kind).operation;
   if (!operation.Is(id)) return;
   operation.pending = false;
   operation.call = {};
-  changed_.notify_all();
+  changed_.NotifyAll();
 }
 
 void Port::Close() {
   const Deadline limit = Deadline::After(kCloseLimit);
-  Lock lock(mutex_);
+  const LockGuard lock(mutex_);
   closed_ = true;
   for (Slot& slot : slots_) {
     if (slot.operation.pending) Complete(slot.operation, ERROR_OPERATION_ABORTED);
   }
   line_->Interrupt();
-  while (threads_in_line_ != 0 && !limit.Passed()) WaitUntil(changed_, lock, limit);
+  while (threads_in_line_ != 0 && !limit.Passed()) WaitUntil(changed_, mutex_, limit);
   if (threads_in_line_ == 0) line_.reset();
 }
 

@@ -18,14 +18,14 @@
 #include <windows.h>
 
 #include <array>
-#include <condition_variable>
 #include <memory>
-#include <mutex>
+#include <optional>
 
 #include "platform/kernel/event.h"
 #include "platform/kernel/kernel_object.h"
 #include "platform/kernel/line_source.h"
 #include "platform/kernel/timeout_plan.h"
+#include "threading/mutex.h"
 
 namespace vt63x::kernel {
 
@@ -69,8 +69,6 @@ class Port final : public KernelObject,
   void Close() override;
 
  private:
-  using Lock = std::unique_lock<std::mutex>;
-
   struct Operation {
     OperationKind kind = OperationKind::kRead;
     std::uint64_t serial = 0;
@@ -96,39 +94,44 @@ class Port final : public KernelObject,
     bool driven = false;
   };
 
-  Slot& SlotOf(OperationKind kind) { return slots_[static_cast<std::size_t>(kind)]; }
+  Slot& SlotOf(OperationKind kind) REQUIRES(mutex_) {
+    return slots_[static_cast<std::size_t>(kind)];
+  }
 
-  // port.cpp; all with the lock held
-  DWORD Usable() const;
-  DWORD Noted(DWORD error);
-  DWORD Begin(Operation operation);
-  void Complete(Operation& operation, DWORD error);
+  // port.cpp
+  DWORD Usable() const REQUIRES(mutex_);
+  DWORD Noted(DWORD error) REQUIRES(mutex_);
+  DWORD Begin(Operation operation) REQUIRES(mutex_);
+  void Complete(Operation& operation, DWORD error) REQUIRES(mutex_);
+  std::optional<OperationId> PendingOf(const OVERLAPPED* record) EXCLUDES(mutex_);
 
-  // port_drive.cpp; all with the lock held, which those that take it release while they wait
-  void DriveOnce(Lock& lock, Slot& slot, Deadline until);
-  bool CanReadTimed(const Operation& operation, Deadline end, Clock::time_point now) const;
-  void ReadTimed(Lock& lock, Slot& slot);
-  LineHealth WaitForLine(Lock& lock, Slot& slot, Deadline end);
-  void Enter(Lock& lock, Slot& slot);
-  void Leave(Lock& lock, Slot& slot);
-  void Attempt(Operation& operation);
-  void AttemptEvent(Operation& operation);
-  Transfer Try(const Operation& operation);
-  void Judge(Operation& operation, const Transfer& transfer);
-  bool Settle(Operation& operation, const Transfer& transfer);  // true: it is completed
+  // port_drive.cpp; the first three give the lock back while they wait
+  void DriveOnce(Slot& slot, Deadline until) REQUIRES(mutex_);
+  void ReadTimed(Slot& slot) REQUIRES(mutex_);
+  LineHealth WaitForLine(Slot& slot, Deadline end) REQUIRES(mutex_);
+  bool CanReadTimed(const Operation& operation, Deadline end, Clock::time_point now) const
+      REQUIRES(mutex_);
+  void Enter(Slot& slot) RELEASE(mutex_);
+  void Leave(Slot& slot) ACQUIRE(mutex_);
+  void Attempt(Operation& operation) REQUIRES(mutex_);
+  void AttemptEvent(Operation& operation) REQUIRES(mutex_);
+  Transfer Try(const Operation& operation) REQUIRES(mutex_);
+  void Judge(Operation& operation, const Transfer& transfer) REQUIRES(mutex_);
+  bool Settle(Operation& operation, const Transfer& transfer)
+      REQUIRES(mutex_);  // true: it is completed
 
-  std::mutex mutex_;
-  std::condition_variable changed_;   // an operation completed, or a slot is no longer driven
-  std::unique_ptr<LineSource> line_;  // null once closed
   const bool overlapped_;
-  bool closed_ = false;
-  bool gone_ = false;
-  int threads_in_line_ = 0;
-  COMMTIMEOUTS timeouts_;
-  DWORD mask_ = 0;
-  RingWatch ring_;  // while the mask is set
-  std::uint64_t last_serial_ = 0;
-  std::array<Slot, 3> slots_;
+  Mutex mutex_;
+  Condition changed_;  // an operation completed, or a slot is no longer driven
+  std::unique_ptr<LineSource> line_ GUARDED_BY(mutex_);  // null once closed
+  bool closed_ GUARDED_BY(mutex_) = false;
+  bool gone_ GUARDED_BY(mutex_) = false;
+  int threads_in_line_ GUARDED_BY(mutex_) = 0;
+  COMMTIMEOUTS timeouts_ GUARDED_BY(mutex_);
+  DWORD mask_ GUARDED_BY(mutex_) = 0;
+  RingWatch ring_ GUARDED_BY(mutex_);  // while the mask is set
+  std::uint64_t last_serial_ GUARDED_BY(mutex_) = 0;
+  std::array<Slot, 3> slots_ GUARDED_BY(mutex_);
 };
 
 // Makes a handle of a line, which CreateFileA does with the line it opened. Null when no handle is

@@ -20,13 +20,13 @@ constexpr std::size_t kTimedReadSize = 256;
 }  // namespace
 
 void Port::Drive(OperationId id, Deadline until) {
-  Lock lock(mutex_);
+  const LockGuard lock(mutex_);
   Slot& slot = SlotOf(id.kind);
   while (slot.operation.Is(id)) {
     if (!slot.driven) {
-      DriveOnce(lock, slot, until);
+      DriveOnce(slot, until);
     } else if (!until.Passed()) {
-      WaitUntil(changed_, lock, until);
+      WaitUntil(changed_, mutex_, until);
     }
     if (until.Passed()) return;
   }
@@ -34,15 +34,15 @@ void Port::Drive(OperationId id, Deadline until) {
 
 // Waits first and tries then: a fresh read that nothing has arrived for would else cost a try in
 // vain.
-void Port::DriveOnce(Lock& lock, Slot& slot, Deadline until) {
+void Port::DriveOnce(Slot& slot, Deadline until) {
   if (gone_) return Complete(slot.operation, ERROR_DEVICE_NOT_CONNECTED);
   const OperationId id = slot.operation.id();
   const Deadline end = std::min(until, slot.operation.deadline);
   const Clock::time_point now = Clock::now();
   LineHealth health = LineHealth::kUp;
   if (!end.Passed(now)) {
-    if (CanReadTimed(slot.operation, end, now)) return ReadTimed(lock, slot);
-    health = WaitForLine(lock, slot, end);
+    if (CanReadTimed(slot.operation, end, now)) return ReadTimed(slot);
+    health = WaitForLine(slot, end);
   }
   if (!slot.operation.Is(id)) return;
   const DWORD done = slot.operation.done;
@@ -65,13 +65,14 @@ bool Port::CanReadTimed(const Operation& operation, Deadline end, Clock::time_po
 
 // Reads into memory of its own, because the operation may be broken off meanwhile and its buffer
 // be gone. What arrived then goes to the read that has taken its place, as far as it has room.
-void Port::ReadTimed(Lock& lock, Slot& slot) {
+void Port::ReadTimed(Slot& slot) {
   std::array<std::uint8_t, kTimedReadSize> bytes;
   const DWORD room = slot.operation.length - slot.operation.done;
   const std::size_t size = std::min<std::size_t>(room, bytes.size());
-  Enter(lock, slot);
-  const Transfer transfer = line_->TimedRead(bytes.data(), size);
-  Leave(lock, slot);
+  LineSource& line = *line_;  // stays while a thread is in it
+  Enter(slot);
+  const Transfer transfer = line.TimedRead(bytes.data(), size);
+  Leave(slot);
   Operation& operation = slot.operation;
   if (!operation.pending) return;
   const std::size_t taken =
@@ -83,29 +84,30 @@ void Port::ReadTimed(Lock& lock, Slot& slot) {
   Attempt(operation);  // there may be more
 }
 
-LineHealth Port::WaitForLine(Lock& lock, Slot& slot, Deadline end) {
+LineHealth Port::WaitForLine(Slot& slot, Deadline end) {
   if (slot.operation.kind == OperationKind::kCommEvent) {
-    WaitUntil(changed_, lock, std::min(end, Deadline::After(kRingInterval)));
+    WaitUntil(changed_, mutex_, std::min(end, Deadline::After(kRingInterval)));
     return LineHealth::kUp;
   }
   const bool reading = slot.operation.kind == OperationKind::kRead;
-  Enter(lock, slot);
-  const LineHealth health = reading ? line_->WaitReadable(end) : line_->WaitWritable(end);
-  Leave(lock, slot);
+  LineSource& line = *line_;
+  Enter(slot);
+  const LineHealth health = reading ? line.WaitReadable(end) : line.WaitWritable(end);
+  Leave(slot);
   return health;
 }
 
-void Port::Enter(Lock& lock, Slot& slot) {
+void Port::Enter(Slot& slot) {
   slot.driven = true;
   ++threads_in_line_;
-  lock.unlock();
+  mutex_.unlock();
 }
 
-void Port::Leave(Lock& lock, Slot& slot) {
-  lock.lock();
+void Port::Leave(Slot& slot) {
+  mutex_.lock();
   slot.driven = false;
   --threads_in_line_;
-  changed_.notify_all();
+  changed_.NotifyAll();
   if (closed_ && threads_in_line_ == 0) line_.reset();
 }
 

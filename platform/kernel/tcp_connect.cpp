@@ -11,12 +11,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
-#include <condition_variable>
 #include <memory>
-#include <mutex>
 #include <thread>
 
 #include "platform/kernel/poll_until.h"
+#include "threading/mutex.h"
 
 namespace vt63x::kernel {
 namespace {
@@ -44,10 +43,10 @@ struct Addresses {
 // A question to the system's resolver, which nothing can break off: who asked may leave before the
 // answer comes, and then nobody takes it.
 struct Question {
-  std::mutex mutex;
-  std::condition_variable answered;
-  bool done = false;
-  Addresses addresses;
+  Mutex mutex;
+  Condition answered;
+  bool done GUARDED_BY(mutex) = false;
+  Addresses addresses GUARDED_BY(mutex);
 };
 
 void Ask(const std::shared_ptr<Question>& question, const RemoteName& name) {
@@ -55,17 +54,18 @@ void Ask(const std::shared_ptr<Question>& question, const RemoteName& name) {
   hints.ai_socktype = SOCK_STREAM;
   addrinfo* list = nullptr;
   if (getaddrinfo(name.host.c_str(), name.port.c_str(), &hints, &list) != 0) list = nullptr;
-  const std::lock_guard lock(question->mutex);
+  const LockGuard lock(question->mutex);
   question->addresses.list.reset(list);
   question->done = true;
-  question->answered.notify_all();
+  question->answered.NotifyAll();
 }
 
 DWORD Resolve(const RemoteName& name, Deadline deadline, Addresses* addresses) try {
   const auto question = std::make_shared<Question>();
   std::thread(Ask, question, name).detach();
-  std::unique_lock lock(question->mutex);
-  while (!question->done && !deadline.Passed()) WaitUntil(question->answered, lock, deadline);
+  const LockGuard lock(question->mutex);
+  while (!question->done && !deadline.Passed())
+    WaitUntil(question->answered, question->mutex, deadline);
   if (!question->done) return ERROR_SEM_TIMEOUT;
   *addresses = std::move(question->addresses);
   return addresses->list != nullptr ? ERROR_SUCCESS : ERROR_BAD_NETPATH;

@@ -15,24 +15,24 @@
 namespace vt63x::kernel {
 
 DWORD Thread::Wait(Deadline deadline) {
-  std::unique_lock lock(mutex_);
+  const LockGuard lock(mutex_);
   while (!ended_) {
     if (deadline.Passed()) return ERROR_SEM_TIMEOUT;
-    WaitUntil(changed_, lock, deadline);
+    WaitUntil(changed_, mutex_, deadline);
   }
   return ERROR_SUCCESS;
 }
 
 DWORD Thread::ExitCode() {
-  const std::lock_guard lock(mutex_);
+  const LockGuard lock(mutex_);
   return exit_code_;
 }
 
 void Thread::End(DWORD exit_code) {
-  const std::lock_guard lock(mutex_);
+  const LockGuard lock(mutex_);
   ended_ = true;
   exit_code_ = exit_code;
-  changed_.notify_all();
+  changed_.NotifyAll();
 }
 
 namespace {

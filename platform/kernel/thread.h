@@ -5,10 +5,8 @@
 
 #include <windows.h>
 
-#include <condition_variable>
-#include <mutex>
-
 #include "platform/kernel/kernel_object.h"
+#include "threading/mutex.h"
 
 namespace vt63x::kernel {
 
@@ -28,10 +26,10 @@ class Thread final : public KernelObject {
   void End(DWORD exit_code);
 
  private:
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  bool ended_ = false;
-  DWORD exit_code_ = STILL_ACTIVE;
+  Mutex mutex_;
+  Condition changed_;
+  bool ended_ GUARDED_BY(mutex_) = false;
+  DWORD exit_code_ GUARDED_BY(mutex_) = STILL_ACTIVE;
 };
 
 }  // namespace vt63x::kernel

@@ -10,16 +10,15 @@
 #include <QSocketNotifier>
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <deque>
 #include <memory>
-#include <mutex>
 
 #include "platform/kernel/slow_call.h"
 #include "platform/window/draw_while.h"
 #include "platform/window/event_filter.h"
 #include "platform/window/message_queue.h"
 #include "platform/window/start_up.h"
+#include "threading/mutex.h"
 
 namespace vt63x::ui {
 namespace {
@@ -36,10 +35,10 @@ struct thread_call {
 };
 
 struct CallQueue {
-  std::mutex mutex;
-  std::condition_variable changed;
-  std::deque<thread_call*> calls;  // each is on its caller's stack
-  int loops = 0;                   // event loops that run, nested ones included
+  Mutex mutex;
+  Condition changed;
+  std::deque<thread_call*> calls GUARDED_BY(mutex);  // each is on its caller's stack
+  int loops GUARDED_BY(mutex) = 0;                   // event loops that run, nested ones included
 };
 
 CallQueue& Queue() {
@@ -87,7 +86,7 @@ Application* application = nullptr;  // main thread
 
 thread_call* NextCall() {
   CallQueue& queue = Queue();
-  const std::lock_guard lock(queue.mutex);
+  const LockGuard lock(queue.mutex);
   if (queue.calls.empty()) return nullptr;
   thread_call* const call = queue.calls.front();
   queue.calls.pop_front();
@@ -97,9 +96,9 @@ thread_call* NextCall() {
 
 void Finish(thread_call& call) {
   CallQueue& queue = Queue();
-  const std::lock_guard lock(queue.mutex);
+  const LockGuard lock(queue.mutex);
   call.state = CallState::kDone;
-  queue.changed.notify_all();
+  queue.changed.NotifyAll();
 }
 
 }  // namespace
@@ -125,21 +124,22 @@ void WakeMainThread() {
 bool RunOnMainThread(const std::function<void()>& function) {
   CallQueue& queue = Queue();
   thread_call call{&function};
-  std::unique_lock lock(queue.mutex);
+  const LockGuard lock(queue.mutex);
   queue.calls.push_back(&call);
   WakeMainThread();
   const auto limit = std::chrono::steady_clock::now() + kLoopAwaited;
   // A call that waits may be waited for without limit only while a loop is there to take it.
   while (call.state == CallState::kWaiting) {
     if (queue.loops > 0) {
-      queue.changed.wait(lock);
-    } else if (queue.changed.wait_until(lock, limit) == std::cv_status::timeout &&
-               call.state == CallState::kWaiting && queue.loops == 0) {
+      queue.changed.Wait(queue.mutex);
+    } else if (std::chrono::steady_clock::now() < limit) {
+      queue.changed.WaitUntil(queue.mutex, limit);
+    } else {
       std::erase(queue.calls, &call);
       return false;
     }
   }
-  while (call.state != CallState::kDone) queue.changed.wait(lock);
+  while (call.state != CallState::kDone) queue.changed.Wait(queue.mutex);
   return true;
 }
 
@@ -153,18 +153,18 @@ void RunWaitingCalls() {
 void LoopBegins() {
   CallQueue& queue = Queue();
   {
-    const std::lock_guard lock(queue.mutex);
+    const LockGuard lock(queue.mutex);
     ++queue.loops;
-    queue.changed.notify_all();
+    queue.changed.NotifyAll();
   }
   WakeMainThread();
 }
 
 void LoopEnds() {
   CallQueue& queue = Queue();
-  const std::lock_guard lock(queue.mutex);
+  const LockGuard lock(queue.mutex);
   --queue.loops;
-  queue.changed.notify_all();
+  queue.changed.NotifyAll();
 }
 
 }  // namespace vt63x::ui

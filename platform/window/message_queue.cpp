@@ -7,13 +7,13 @@
 #include <deque>
 #include <map>
 #include <memory>
-#include <mutex>
 
 #include "platform/window/key_input.h"
 #include "platform/window/main_thread.h"
 #include "platform/window/modal_loop.h"
 #include "platform/window/start_up.h"
 #include "platform/window/window.h"
+#include "threading/mutex.h"
 
 namespace vt63x::ui {
 namespace {
@@ -29,9 +29,9 @@ struct posted_message {
 };
 
 struct MessageQueue {
-  std::mutex mutex;
-  std::deque<posted_message> messages;
-  bool quit = false;
+  Mutex mutex;
+  std::deque<posted_message> messages GUARDED_BY(mutex);
+  bool quit GUARDED_BY(mutex) = false;
 };
 
 MessageQueue& Queue() {
@@ -43,7 +43,7 @@ std::atomic<bool> quit_from_signal = false;
 
 std::optional<posted_message> NextMessage() {
   MessageQueue& queue = Queue();
-  const std::lock_guard lock(queue.mutex);
+  const LockGuard lock(queue.mutex);
   if (queue.messages.empty()) return std::nullopt;
   const posted_message message = queue.messages.front();
   queue.messages.pop_front();
@@ -52,7 +52,7 @@ std::optional<posted_message> NextMessage() {
 
 bool Empty() {
   MessageQueue& queue = Queue();
-  const std::lock_guard lock(queue.mutex);
+  const LockGuard lock(queue.mutex);
   return queue.messages.empty();
 }
 
@@ -92,7 +92,7 @@ void Tick(HWND window, UINT_PTR id) {
 void PostToWindow(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
   MessageQueue& queue = Queue();
   {
-    const std::lock_guard lock(queue.mutex);
+    const LockGuard lock(queue.mutex);
     queue.messages.push_back({window, message, wparam, lparam});
   }
   WakeMainThread();
@@ -128,14 +128,14 @@ void QuitFromSignal() {
 bool QuitRequested() {
   if (quit_from_signal) return true;
   MessageQueue& queue = Queue();
-  const std::lock_guard lock(queue.mutex);
+  const LockGuard lock(queue.mutex);
   return queue.quit;
 }
 
 void ForgetQuit() {
   if (quit_from_signal.exchange(false)) CatchEndSignals();
   MessageQueue& queue = Queue();
-  const std::lock_guard lock(queue.mutex);
+  const LockGuard lock(queue.mutex);
   queue.quit = false;
 }
 
@@ -155,7 +155,7 @@ BOOL WINAPI PostMessageA(HWND window, UINT message, WPARAM wparam, LPARAM lparam
 void WINAPI PostQuitMessage(int) {
   ui::MessageQueue& queue = ui::Queue();
   {
-    const std::lock_guard lock(queue.mutex);
+    const vt63x::LockGuard lock(queue.mutex);
     queue.quit = true;
   }
   ui::WakeMainThread();

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <mutex>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -13,6 +12,7 @@
 #include "platform/window/font.h"
 #include "platform/window/key_input.h"
 #include "platform/window/text_codec.h"
+#include "threading/mutex.h"
 
 namespace vt63x::ui {
 namespace {
@@ -33,8 +33,8 @@ WindowTable& Table() {
 
 // Handles of living windows, for any thread.
 struct HandleSet {
-  std::mutex mutex;
-  std::unordered_set<HWND> handles;
+  Mutex mutex;
+  std::unordered_set<HWND> handles GUARDED_BY(mutex);
 };
 
 HandleSet& Handles() {
@@ -52,7 +52,7 @@ Window::Window(QWidget* widget, Window* parent, int id, DWORD style)
       style_(style) {
   Table().living.push_back(this);
   AddWidget(widget);
-  const std::lock_guard lock(Handles().mutex);
+  const LockGuard lock(Handles().mutex);
   Handles().handles.insert(handle_);
 }
 
@@ -69,7 +69,7 @@ void Window::Retire() {
   destroyed_ = true;
   std::erase(Table().living, this);
   if (widget_ != nullptr) HideWidget(*widget_);
-  const std::lock_guard lock(Handles().mutex);
+  const LockGuard lock(Handles().mutex);
   Handles().handles.erase(handle_);
 }
 
@@ -89,7 +89,7 @@ Window* Window::Need(HWND handle) {
 }
 
 bool Window::Exists(HWND handle) {
-  const std::lock_guard lock(Handles().mutex);
+  const LockGuard lock(Handles().mutex);
   return Handles().handles.contains(handle);
 }
 

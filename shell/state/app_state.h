@@ -12,11 +12,11 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <mutex>
 #include <string_view>
 #include <vector>
 
 #include "shell/state/stack_lock.h"
+#include "threading/mutex.h"
 
 namespace vt63x {
 
@@ -57,8 +57,8 @@ using history_entry = std::array<char, 128>;
 inline constexpr std::size_t LOG_CAPACITY = 100'000;
 
 // One record for the whole run of the program. Fields without a remark belong to the main thread.
-// A run of a command file (the runner thread) also reads wcf_path, component_ptrs, port_handle and
-// view, which do not change while it lasts.
+// A run of a command file (the runner thread) also reads wcf_path, port_handle and view, which do
+// not change while it lasts.
 struct AppState {
   AppState();
   AppState(const AppState&) = delete;
@@ -78,7 +78,8 @@ struct AppState {
   HANDLE port_handle = nullptr;  // null: closed
   HANDLE runner_thread = nullptr;
   HANDLE processing_thread = nullptr;
-  char* log_buf = nullptr;  // LOG_CAPACITY bytes, NUL-terminated text; guarded by log_lock
+  // LOG_CAPACITY bytes, NUL-terminated text. The pointer is set at start-up.
+  char* log_buf PT_GUARDED_BY(log_lock) = nullptr;
   std::uint8_t reg_log_enabled = 0;
   char reg_addr_text[20];
   char reg_value_text[20];
@@ -95,16 +96,16 @@ struct AppState {
   char config_path[MAX_PATH];
   // Lines that the next run skips before it executes anything. Main thread and runner thread.
   std::atomic<std::int32_t> resume_line = 0;
-  component_pointers component_ptrs;
+  component_pointers component_ptrs GUARDED_BY(stack_lock);
 
-  // Length of the text in log_buf, so that an append need not walk over it; guarded by log_lock.
-  std::size_t log_length = 0;
+  // Length of the text in log_buf, so that an append need not walk over it.
+  std::size_t log_length GUARDED_BY(log_lock) = 0;
   // Counts the times that the text began anew: who shows the log needs only what was added as long
-  // as it stays. Guarded by log_lock.
-  std::uint32_t log_generation = 0;
+  // as it stays.
+  std::uint32_t log_generation GUARDED_BY(log_lock) = 0;
 
-  // The program's two locks. Neither is held across a call that may wait for the main thread.
-  std::mutex log_lock;   // the text in log_buf
+  // Neither is held across a call that may wait for the main thread.
+  Mutex log_lock;        // the text in log_buf
   StackLock stack_lock;  // the component stack and the port: one chip access sequence at a time
 
   MainView* view = nullptr;  // what shows all this; null when nothing does

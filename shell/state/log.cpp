@@ -19,7 +19,7 @@ constexpr std::size_t kLongestText = LOG_CAPACITY - sizeof "\r\n";
 
 // log_length saves the walk over the text. A text that was put into log_buf by hand is followed
 // when it is empty or longer than the log was; whoever makes the log shorter sets log_length.
-std::size_t TextLength(const AppState& state) {
+std::size_t TextLength(const AppState& state) REQUIRES(state.log_lock) {
   const char* const text = state.log_buf;
   const std::size_t length = state.log_length;
   if (text[0] == '\0') return 0;
@@ -27,7 +27,8 @@ std::size_t TextLength(const AppState& state) {
   return strnlen(text, LOG_CAPACITY - 1);
 }
 
-void SetText(AppState& state, std::size_t position, const char* text, std::size_t length) {
+void SetText(AppState& state, std::size_t position, const char* text, std::size_t length)
+    REQUIRES(state.log_lock) {
   if (position == 0) ++state.log_generation;
   std::memcpy(state.log_buf + position, text, length);
   state.log_buf[position + length] = '\0';
@@ -53,11 +54,11 @@ void TakeTextOfPane(AppState& state) {
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
     std::pair<std::uint32_t, std::size_t> before;
     {
-      const std::lock_guard lock(state.log_lock);
+      const LockGuard lock(state.log_lock);
       before = {state.log_generation, TextLength(state)};
     }
     if (!state.view->ReadLogPane(pane.data(), pane.size())) return;
-    const std::lock_guard lock(state.log_lock);
+    const LockGuard lock(state.log_lock);
     if (before != std::pair{state.log_generation, TextLength(state)}) continue;
     SetText(state, 0, pane.c_str(), std::strlen(pane.c_str()));
     return;
@@ -69,7 +70,7 @@ void TakeTextOfPane(AppState& state) {
 bool log_buffer_append(AppState& state, const char* text, bool newline) {
   if (state.log_buf == nullptr) return false;
   const std::size_t length = std::strlen(text);
-  const std::lock_guard lock(state.log_lock);
+  const LockGuard lock(state.log_lock);
   const std::size_t end = TextLength(state);
   const bool full = end + length >= kClearAt;
   SetText(state, full ? 0 : end, text, std::min(length, kLongestText));
@@ -79,7 +80,7 @@ bool log_buffer_append(AppState& state, const char* text, bool newline) {
 
 void log_buffer_clear(AppState& state) {
   if (state.log_buf == nullptr) return;
-  const std::lock_guard lock(state.log_lock);
+  const LockGuard lock(state.log_lock);
   SetText(state, 0, "", 0);
 }
 
@@ -113,7 +114,7 @@ void log_append_to_file(const action_param* action, const char* path) {
   if (state.log_buf == nullptr) return;
   std::string text;
   {
-    const std::lock_guard lock(state.log_lock);
+    const LockGuard lock(state.log_lock);
     text.assign(state.log_buf, TextLength(state));
   }
   const int error = WriteText(path, text);

@@ -93,7 +93,7 @@ class ScriptedLine final : public kernel::LineSource {
   kernel::LineHealth WaitReadable(kernel::Deadline deadline) override {
     Lock lock = Enter("WaitReadable");
     while (script_->input.empty() && !Ended() && !deadline.Passed()) {
-      WaitUntil(script_->changed, lock, deadline);
+      Await(lock, deadline);
     }
     return kernel::LineHealth::kUp;
   }
@@ -101,7 +101,7 @@ class ScriptedLine final : public kernel::LineSource {
   kernel::LineHealth WaitWritable(kernel::Deadline deadline) override {
     Lock lock = Enter("WaitWritable");
     while (script_->room == 0 && !Ended() && !deadline.Passed()) {
-      WaitUntil(script_->changed, lock, deadline);
+      Await(lock, deadline);
     }
     return kernel::LineHealth::kUp;
   }
@@ -140,6 +140,11 @@ class ScriptedLine final : public kernel::LineSource {
     script_->calls.push_back(call);
     script_->changed.notify_all();
     return lock;
+  }
+
+  void Await(Lock& lock, kernel::Deadline deadline) {
+    if (deadline.IsNever()) return script_->changed.wait(lock);
+    script_->changed.wait_until(lock, deadline.point());
   }
 
   bool Ended() const { return script_->error != ERROR_SUCCESS || script_->interrupted; }
