@@ -12,6 +12,7 @@
 #include <sys/sysmacros.h>
 
 #include <cerrno>
+#include <system_error>
 
 #include "platform/kernel/errno_map.h"
 #include "platform/kernel/poll_until.h"
@@ -24,6 +25,10 @@ namespace {
 // Device numbers of pseudo terminals (Linux, Documentation/admin-guide/devices.txt).
 constexpr unsigned kFirstPseudoMajor = 136;
 constexpr unsigned kLastPseudoMajor = 143;
+
+// What a timed read takes at most: the driver's own span, and some more for a busy machine. With it
+// a read ends within 100 ms of its time-out.
+constexpr std::chrono::milliseconds kReadLimit = kDriverReadSpan + std::chrono::milliseconds(30);
 
 struct ModemLine {
   int line;
@@ -51,6 +56,12 @@ bool IsPseudoTerminal(const struct stat& device) {
 template <typename Argument>
 int Control(const FileDescriptor& device, unsigned long request, Argument argument) {
   return Retry([&] { return ioctl(device.get(), request, argument); });
+}
+
+// The side of a pseudo terminal that makes one rather than being one: its reads know no time-out.
+bool IsMaster(const FileDescriptor& device) {
+  unsigned number = 0;
+  return Control(device, TIOCGPTN, &number) == 0;
 }
 
 bool LacksRequest(int error_number) { return error_number == ENOTTY || error_number == EINVAL; }
@@ -85,6 +96,7 @@ DWORD TtyLine::OpenBoth(const std::string& path) {
   if (!io_.valid()) return OpenError(errno);
   termios2 settings{};
   if (Control(io_, TCGETS2, &settings) != 0) return OpenError(errno);
+  if (IsMaster(io_)) return ERROR_INVALID_PARAMETER;
   // The lock comes before the second opening: of two programs that start at the same time, one
   // gets it and the other goes away without having touched the line.
   const int locked = Retry([&] { return flock(io_.get(), LOCK_EX | LOCK_NB); });
@@ -117,14 +129,21 @@ DWORD TtyLine::Claim() {
 
 // No modem line is moved here. The system itself raises DTR and RTS of a UART that nobody else has
 // open; they go off with the first settings.
-DWORD TtyLine::SetUp() {
-  termios2 settings{};
-  if (Control(io_, TCGETS2, &settings) != 0) return OpenError(errno);
-  MakeRaw(&settings);
-  if (Control(io_, TCSETS2, &settings) != 0) return OpenError(errno);
+DWORD TtyLine::SetUp() try {
+  if (!MakeLineRaw()) return OpenError(errno);
   AskForLowLatency(io_);
+  read_limit_.emplace(kReadLimit);
   const DWORD error = PurgeInput();
   return error == ERROR_DEVICE_NOT_CONNECTED ? ERROR_FILE_NOT_FOUND : error;
+} catch (const std::system_error&) {
+  return ERROR_NOT_ENOUGH_MEMORY;  // no thread to be had
+}
+
+bool TtyLine::MakeLineRaw() {
+  termios2 settings{};
+  if (Control(io_, TCGETS2, &settings) != 0) return false;
+  MakeRaw(&settings);
+  return Control(io_, TCSETS2, &settings) == 0;
 }
 
 DWORD TtyLine::Configure(DWORD bit_rate) {
@@ -164,7 +183,10 @@ Transfer TtyLine::Read(void* buffer, std::size_t size) { return ReadFrom(io_, bu
 std::chrono::milliseconds TtyLine::TimedReadSpan() const { return kDriverReadSpan; }
 
 Transfer TtyLine::TimedRead(void* buffer, std::size_t size) {
-  return ReadFrom(timed_, buffer, size);
+  read_limit_->Begin();
+  const Transfer transfer = ReadFrom(timed_, buffer, size);
+  if (read_limit_->End()) MakeLineRaw();
+  return transfer;
 }
 
 Transfer TtyLine::Write(const void* data, std::size_t size) {

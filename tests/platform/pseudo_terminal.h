@@ -63,6 +63,14 @@ class PseudoTerminal {
     return data;
   }
 
+  // What another program may do to the line while it is in use, `stty` for one.
+  template <typename Change>
+  void ChangeSettings(Change change) {
+    termios2 settings = Settings();
+    change(settings);
+    EXPECT_EQ(ioctl(far_end_, TCSETS2, &settings), 0);
+  }
+
   termios2 Settings() const {
     termios2 settings{};
     EXPECT_EQ(ioctl(far_end_, TCGETS2, &settings), 0);

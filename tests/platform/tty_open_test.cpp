@@ -54,6 +54,7 @@ TEST(TtyOpen, WhatIsNoSerialLineIsRefusedAndNeverWaitedFor) {
       {fifo, ERROR_INVALID_PARAMETER},
       {folder, ERROR_INVALID_PARAMETER},
       {"/dev/null", ERROR_INVALID_PARAMETER},
+      {"/dev/ptmx", ERROR_INVALID_PARAMETER},  // a terminal, and none whose reads end by themselves
   };
   for (const auto& [device, error] : cases) EXPECT_EQ(OpenDeviceError(device), error) << device;
   EXPECT_EQ(OpenPort("COM17:"), INVALID_HANDLE_VALUE);

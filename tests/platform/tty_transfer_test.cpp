@@ -54,6 +54,64 @@ TEST_F(TtyTransfer, EmptyReadEndsAtItsTimeOutAndNotBefore) {
   }
 }
 
+struct OutsideChange {
+  const char* name;
+  tcflag_t local_modes;
+  cc_t min;
+  cc_t time;  // tenths of a second
+};
+
+constexpr OutsideChange kOutsideChanges[] = {
+    {"stty min 1 time 0", 0, 1, 0},
+    {"stty min 5 time 200", 0, 5, 200},
+    {"stty min 0 time 200", 0, 0, 200},
+    {"stty cooked echo", ICANON | ECHO, 1, 0},
+};
+
+TEST_F(TtyTransfer, SettingsThatOthersChangeNeitherHoldAReadNorSpoilTheNext) {
+  SetTimeouts(FirstByteWithin(150));
+  for (const OutsideChange& c : kOutsideChanges) {
+    line.ChangeSettings([&](termios2& settings) {
+      settings.c_lflag = c.local_modes;
+      settings.c_cc[VMIN] = c.min;
+      settings.c_cc[VTIME] = c.time;
+    });
+    const Stopwatch watch;
+    std::future<ReadOutcome> read =
+        std::async(std::launch::async, [&] { return ReadPort(port, 1); });
+    if (read.wait_for(std::chrono::milliseconds(kFarTooLong)) == std::future_status::timeout) {
+      line.HangUp();
+      FAIL() << c.name << ": the read does not end";
+    }
+    EXPECT_EQ(read.get().error, ERROR_SUCCESS) << c.name;
+    EXPECT_GE(watch.ms(), 150) << c.name;
+    line.Send("x");
+    EXPECT_EQ(ReadPort(port, 1).data, "x") << c.name;
+  }
+}
+
+// Only one read of a terminal is inside its driver at a time.
+TEST_F(TtyTransfer, ReadOfAnotherProgramDoesNotHoldOurs) {
+  SetTimeouts(FirstByteWithin(150));
+  const int other = open(line.device().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+  line.ChangeSettings([](termios2& settings) {
+    settings.c_cc[VMIN] = 1;
+    settings.c_cc[VTIME] = 0;
+  });
+  char taken = 0;
+  std::future<ssize_t> others_read =
+      std::async(std::launch::async, [&] { return read(other, &taken, 1); });
+  std::future<ReadOutcome> ours = std::async(std::launch::async, [&] {
+    ReadPort(port, 1);  // by the end of this one the other is inside
+    return ReadPort(port, 1);
+  });
+  const auto limit = std::chrono::milliseconds(kFarTooLong);
+  EXPECT_EQ(ours.wait_for(limit), std::future_status::ready);
+  line.HangUp();
+  others_read.wait();
+  close(other);
+}
+
 TEST_F(TtyTransfer, SignalsNeitherCutAWaitShortNorProlongIt) {
   struct sigaction action {};
   struct sigaction before {};
