@@ -5,11 +5,11 @@
 #include <windows.h>
 
 #include <atomic>
-#include <mutex>
 #include <system_error>
 #include <thread>
 
 #include "cli/output.h"
+#include "threading/mutex.h"
 
 namespace vt63x {
 namespace {
@@ -21,9 +21,9 @@ constexpr int kLastWordsMs = 100;
 std::atomic<ExitCode> broken_off = EXIT_ALL_DONE;
 
 // Held for good by the thread that ends the program by force, so that nothing goes away under it.
-std::mutex lock;
-BreakTarget* current = nullptr;  // both guarded by lock
-bool last_words_claimed = false;
+Mutex lock;
+BreakTarget* current GUARDED_BY(lock) = nullptr;
+bool last_words_claimed GUARDED_BY(lock) = false;
 
 ExitCode CodeOf(DWORD event) {
   if (event == CTRL_CLOSE_EVENT) return EXIT_HUNG_UP;
@@ -46,12 +46,12 @@ BOOL WINAPI OnControlEvent(DWORD event) {
   ExitCode none = EXIT_ALL_DONE;
   broken_off.compare_exchange_strong(none, CodeOf(event));
   {
-    const std::lock_guard guard(lock);
+    const LockGuard guard(lock);
     if (current == nullptr) return FALSE;
     current->BreakOff();
   }
   Sleep(kGraceMs);
-  const std::lock_guard guard(lock);
+  const LockGuard guard(lock);
   if (current == nullptr) return TRUE;
   if (!last_words_claimed) SayLastWords(current->LastWords());
   ExitProcess(static_cast<UINT>(broken_off.load()));
@@ -62,13 +62,13 @@ BOOL WINAPI OnControlEvent(DWORD event) {
 void WatchForBreak() { SetConsoleCtrlHandler(OnControlEvent, TRUE); }
 
 void SetBreakTarget(BreakTarget* target) {
-  const std::lock_guard guard(lock);
+  const LockGuard guard(lock);
   current = target;
   last_words_claimed = false;
 }
 
 void ClaimLastWords() {
-  const std::lock_guard guard(lock);
+  const LockGuard guard(lock);
   last_words_claimed = true;
 }
 

@@ -160,19 +160,19 @@ void HeadlessView::ScriptFault(const script_fault& fault) {
 }
 
 void HeadlessView::ScriptBegins(const script_totals& totals) {
-  const std::lock_guard guard(totals_lock_);
+  const LockGuard guard(totals_lock_);
   live_totals_ = &totals;
 }
 
 void HeadlessView::ScriptEnded(ScriptEnd end, const script_totals& totals) {
   end_ = end;
-  const std::lock_guard guard(totals_lock_);
+  const LockGuard guard(totals_lock_);
   live_totals_ = nullptr;
   totals_ = totals;
 }
 
 script_totals HeadlessView::totals() const {
-  const std::lock_guard guard(totals_lock_);
+  const LockGuard guard(totals_lock_);
   return live_totals_ != nullptr ? *live_totals_ : totals_;
 }
 

@@ -8,12 +8,12 @@
 
 #include <chrono>
 #include <cstdio>
-#include <mutex>
 #include <string>
 
 #include "cli/exit_code.h"
 #include "shell/state/app_state.h"
 #include "simulator/simulated_bus.h"
+#include "threading/mutex.h"
 
 namespace vt63x {
 
@@ -72,9 +72,9 @@ class HeadlessView final : public MainView {
   ExitCode exit_code_ = EXIT_ALL_DONE;
   ScriptEnd end_ = ScriptEnd::kEndOfFile;
   ScriptEnd break_reason_ = ScriptEnd::kUserBreak;
-  mutable std::mutex totals_lock_;
-  const script_totals* live_totals_ = nullptr;  // both guarded by totals_lock_
-  script_totals totals_;
+  mutable Mutex totals_lock_;
+  const script_totals* live_totals_ GUARDED_BY(totals_lock_) = nullptr;
+  script_totals totals_ GUARDED_BY(totals_lock_);
 };
 
 // What a message says of a fault, and the exit code it causes.

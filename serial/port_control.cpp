@@ -13,6 +13,7 @@ namespace vt63x {
 namespace {
 
 constexpr DWORD kReadTimeoutMs = 500;
+constexpr DWORD kRingWaitsAwaitedMs = 1000;
 
 // Index into baudrate_texts of the two rates that the window can show.
 constexpr std::uint8_t kIndex9600 = 0;
@@ -52,6 +53,24 @@ void HandToBus(AppState& state) REQUIRES(state.stack_lock) {
   *static_cast<HANDLE*>(state.component_ptrs.serial_bus->core.members) = state.port_handle;
 }
 
+// From all who use it under stack_lock; the caller closes the handle.
+HANDLE TakePortAway(AppState& state) {
+  const LockGuard lock(state.stack_lock);
+  const HANDLE port = state.port_handle;
+  state.port_handle = nullptr;
+  HandToBus(state);
+  return port;
+}
+
+// Those that look at the line find their port gone; one that waits in the driver ends with a new
+// event mask.
+void EndRingWaits(const AppState& state, HANDLE port) {
+  for (DWORD ms = 0; state.port_handle.in_use() && ms < kRingWaitsAwaitedMs; ++ms) {
+    SetCommMask(port, 0);
+    Sleep(1);
+  }
+}
+
 }  // namespace
 
 std::string PortDeviceName(std::string_view shown) {
@@ -88,11 +107,10 @@ void OpenPort(const action_param* action) {
 
 void ClosePort(const action_param* action) {
   AppState& state = *action->app_state;
-  {
-    const LockGuard lock(state.stack_lock);
-    if (state.port_handle != nullptr) CloseHandle(state.port_handle);
-    state.port_handle = nullptr;
-    HandToBus(state);
+  const HANDLE port = TakePortAway(state);
+  if (port != nullptr) {
+    EndRingWaits(state, port);
+    CloseHandle(port);
   }
   if (state.view != nullptr) state.view->ShowPortOpen(false);
   SetHostBaud9600(action);

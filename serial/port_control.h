@@ -26,7 +26,9 @@ std::string PortDeviceName(std::string_view shown);
 // so and the port stays closed.
 void OpenPort(const action_param* action);
 
-// Closes the port, if it is open; the bit rate shown goes back to 9600.
+// Closes the port, if it is open; the bit rate shown goes back to 9600. Waits of other threads for
+// the ring indicator end first, which takes milliseconds; after 1 s the port is closed all the
+// same.
 void ClosePort(const action_param* action);
 
 // Applies the fixed line settings with another bit rate. Win32 error code, 0 for success.

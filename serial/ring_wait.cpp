@@ -39,8 +39,9 @@ void EndPendingWait(HANDLE port, OVERLAPPED* overlapped) {
   SetCommMask(port, EV_RING);
 }
 
-std::uint32_t WaitForRingEvent(const action_param* action, HANDLE event, std::uint16_t timeout_ms) {
-  const HANDLE port = action->app_state->port_handle;
+std::uint32_t WaitForRingEvent(const action_param* action, const PortUse& use, HANDLE event,
+                               std::uint16_t timeout_ms) {
+  const HANDLE port = use.handle();
   OVERLAPPED ovr_ri{};
   ovr_ri.hEvent = event;
   DWORD events = 0;
@@ -55,20 +56,21 @@ std::uint32_t WaitForRingEvent(const action_param* action, HANDLE event, std::ui
     EndPendingWait(port, &ovr_ri);
     return 0;
   }
-  // The wait also ends when the line goes away.
-  return GetOverlappedResult(port, &ovr_ri, &events, FALSE) ? 1 : 0;
+  // The wait also ends when the line goes away or the port is about to be closed.
+  return use.current() && GetOverlappedResult(port, &ovr_ri, &events, FALSE) ? 1 : 0;
 }
 
 }  // namespace
 
 std::uint32_t WaitRingLevel(const action_param* action, std::uint8_t level,
                             std::uint16_t timeout_ms) {
-  const HANDLE port = action->app_state->port_handle;
+  const PortUse port(action->app_state->port_handle);
   MainView* const view = action->app_state->view;
   Stopwatch stopwatch;
   DWORD modem_status = 0;
   while (true) {
-    GetCommModemStatus(port, &modem_status);
+    GetCommModemStatus(port.handle(), &modem_status);
+    if (!port.current()) return 0;
     const bool ring = (modem_status & MS_RING_ON) != 0;
     if (timeout_ms == 0) return ring ? 1 : 0;
     if (ring == (level != 0)) return 1;
@@ -79,11 +81,11 @@ std::uint32_t WaitRingLevel(const action_param* action, std::uint8_t level,
 }
 
 std::uint32_t WaitRingEdge(const action_param* action, std::uint16_t timeout_ms) {
-  const HANDLE port = action->app_state->port_handle;
-  if (!SetCommMask(port, EV_RING)) return 0;
+  const PortUse port(action->app_state->port_handle);
+  if (!SetCommMask(port.handle(), EV_RING)) return 0;
   const HANDLE event = CreateEventA(nullptr, TRUE, FALSE, nullptr);
   if (event == nullptr) return 0;
-  const std::uint32_t result = WaitForRingEvent(action, event, timeout_ms);
+  const std::uint32_t result = WaitForRingEvent(action, port, event, timeout_ms);
   CloseHandle(event);
   return result;
 }

@@ -5,7 +5,8 @@
 
 // Waits for the board's ring-indicator line on the open port. Both block the calling thread for
 // about `timeout_ms` milliseconds at most, less when the view breaks off, and return 1 when the
-// condition came and 0 when it did not; a failure (no port, no modem lines) counts as not. They
+// condition came and 0 when it did not; a failure (no port, no modem lines, a port that is closed
+// meanwhile) counts as not. They
 // take no lock: the modem lines have nothing to do with the bytes on the line. One thread at a
 // time.
 

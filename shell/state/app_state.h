@@ -15,6 +15,7 @@
 #include <string_view>
 #include <vector>
 
+#include "shell/state/port_handle.h"
 #include "shell/state/stack_lock.h"
 #include "threading/mutex.h"
 
@@ -57,8 +58,8 @@ using history_entry = std::array<char, 128>;
 inline constexpr std::size_t LOG_CAPACITY = 100'000;
 
 // One record for the whole run of the program. Fields without a remark belong to the main thread.
-// A run of a command file (the runner thread) also reads wcf_path, port_handle and view, which do
-// not change while it lasts.
+// A run of a command file (the runner thread) also reads wcf_path and view, which do not change
+// while it lasts.
 struct AppState {
   AppState();
   AppState(const AppState&) = delete;
@@ -75,7 +76,7 @@ struct AppState {
   char wcf_path[MAX_PATH];     // the selected command file, or "NULL"
   std::uint8_t port_index = 0;
   std::uint8_t baudrate_index = 0;
-  HANDLE port_handle = nullptr;  // null: closed
+  PortHandle port_handle;  // null: closed. Any thread
   HANDLE runner_thread = nullptr;
   HANDLE processing_thread = nullptr;
   // LOG_CAPACITY bytes, NUL-terminated text. The pointer is set at start-up.

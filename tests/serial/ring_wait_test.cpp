@@ -5,8 +5,12 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <functional>
+#include <future>
 #include <thread>
 
+#include "serial/port_control.h"
+#include "serial/serial_bus.h"
 #include "tests/platform/scripted_line.h"
 #include "tests/support/program_state.h"
 
@@ -15,7 +19,11 @@ namespace {
 
 class RingWaitTest : public testing::Test {
  protected:
-  RingWaitTest() { program.state.port_handle = port.handle; }
+  RingWaitTest() {
+    bus.Init(SerialBusOpen);
+    program.state.component_ptrs.serial_bus = &bus;
+    program.state.port_handle = port.handle;
+  }
 
   void SetRing(bool on) {
     port.script->Do([on](Script& s) {
@@ -35,6 +43,7 @@ class RingWaitTest : public testing::Test {
   }
 
   ProgramState program;
+  SerialBusWrapper bus;
   ScriptedPort port;
 };
 
@@ -119,6 +128,30 @@ TEST_F(RingWaitTest, TimedOutEdgeWaitLeavesNothingPending) {
   std::thread board = OnNextQuestion([](Script& s) { s.ring.on = true; });
   EXPECT_EQ(WaitRingEdge(&program.action, 60000), 1u);
   board.join();
+}
+
+TEST_F(RingWaitTest, PortThatIsClosedEndsAWaitWhichDoesNotGoOnAtTheNextPort) {
+  const std::function<std::uint32_t()> waits[] = {
+      [this] { return WaitRingLevel(&program.action, 1, 60000); },
+      [this] { return WaitRingEdge(&program.action, 60000); },
+  };
+  for (const auto& wait : waits) {
+    ScriptedPort first;
+    ScriptedPort second;
+    second.script->Do([](Script& s) {
+      s.modem_status = MS_RING_ON;
+      s.ring.on = true;
+    });
+    program.state.port_handle = first.handle;
+    std::future<std::uint32_t> result = std::async(std::launch::async, wait);
+    first.script->AwaitCalls(3);
+    const auto start = std::chrono::steady_clock::now();
+    ClosePort(&program.action);
+    program.state.port_handle = second.handle;
+    EXPECT_EQ(result.get(), 0u);
+    EXPECT_LT(ElapsedMs(start), 20'000.0);
+    EXPECT_TRUE(second.script->calls.empty());
+  }
 }
 
 TEST_F(RingWaitTest, LineThatGoesAwayEndsBothWaitsWithoutACondition) {
