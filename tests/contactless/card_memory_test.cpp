@@ -137,6 +137,30 @@ TEST(CardMemoryTest, OnlyAllowedAnswersAreAccepted) {
   }
 }
 
+// An exchange that calls any number of bytes a short answer.
+struct OddExchange final : ExchangeInterface {
+  explicit OddExchange(std::uint16_t bytes) : count(bytes) {}
+  void SetWaitCallback(set_wait_callback_param*) override {}
+  HFLSTATUS Transceive(transceive_param* param) override {
+    param->receive_buffer[0] = 0x0A;
+    param->receive_length = count;
+    return HFL_SHORT_ANSWER;
+  }
+  HFLSTATUS Transmit(transmit_param*) override { return HFL_NOT_SUPPORTED; }
+  HFLSTATUS Receive(receive_param*) override { return HFL_NOT_SUPPORTED; }
+  HFLSTATUS Authenticate(transmit_param*) override { return HFL_NOT_SUPPORTED; }
+  const std::uint16_t count;
+};
+
+TEST(CardMemoryTest, ShortAnswerIsOneByte) {
+  for (const std::uint16_t count : std::initializer_list<std::uint16_t>{0, 1, 2}) {
+    Bench bench("");
+    OddExchange odd(count);
+    bench.memory.Init(&odd, bench.trxbuffer.data());
+    EXPECT_EQ(bench.Exchange(0x30, 0, 0x07), count == 1 ? HFL_SUCCESS : HFL_UNEXPECTED_ANSWER);
+  }
+}
+
 TEST(CardMemoryTest, FramesAreLimitedAndNeverEmpty) {
   using Case = std::tuple<std::uint8_t, std::uint8_t, bool, HFLSTATUS, const char*, std::uint8_t>;
   for (const auto& [command, length, has_data, status, frames, length_left] :

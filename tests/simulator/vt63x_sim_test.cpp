@@ -10,6 +10,7 @@
 #include <string>
 
 #include "sim_process.h"
+#include "simulator/pty_server.h"
 #include "simulator/unique_fd.h"
 #include "test_reader.h"
 #include "tests/support/program.h"
@@ -211,6 +212,18 @@ TEST(Vt63xSimCards, RepliesThatNobodyReadsHoldNothingUp) {
   EXPECT_EQ(line.Request(), Bytes({0x04, 0x00}));
   sim.Signal(SIGTERM);
   EXPECT_EQ(sim.Exit(), 0);
+}
+
+TEST(PtyServerAir, FaultsAreThereWhenItServes) {
+  std::string error;
+  PtyServer::Options options;
+  options.cards.push_back(*ParseCardOption("01020304", error));
+  options.air_faults.push_back(*ParseAirFault("short@2+1", error));
+  PtyServer server(options);
+  Line line(server.path());
+  for (const Bytes& answer : {Bytes{0x04, 0x00}, Bytes{}, Bytes{0x04}}) {
+    EXPECT_EQ(line.Request(), answer);
+  }
 }
 
 }  // namespace
