@@ -145,7 +145,7 @@ TEST_F(MainWindowTest, WidthStaysHeightGrowsOnlyAndThePaneFollows) {
     EXPECT_EQ(limits.ptMinTrackSize.y, height);
     using row = std::tuple<int, int, int>;
     for (const auto& [width_change, height_change, height_after] :
-         {row{100, 0, 0}, row{-200, 0, 0}, row{0, -150, 0}, row{0, 120, 120}, row{-50, 60, 60},
+         {row{0, 120, 120}, row{100, 0, 0}, row{-200, 0, 0}, row{0, -150, 0}, row{-50, 60, 60},
           row{30, -300, 0}, row{-2000, -2000, 0}}) {
       MoveWindow(main(), start.left, start.top, width + width_change, height + height_change, TRUE);
       RECT rect{};
