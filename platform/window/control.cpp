@@ -76,7 +76,10 @@ std::unique_ptr<Window> MakeControl(const dialog_item& item, Window& dialog, con
   widget.setFont(font);
   QRect place = pixels;
   // The template gives the height with the list open.
-  if (item.control_class == ControlClass::kComboBox) place.setHeight(widget.sizeHint().height());
+  if (item.control_class == ControlClass::kComboBox) {
+    place.setHeight(widget.sizeHint().height());
+    SetDropDownHeight(*control, pixels.height() - place.height());
+  }
   widget.setGeometry(place);
   return control;
 }

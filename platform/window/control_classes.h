@@ -22,6 +22,10 @@ std::unique_ptr<Window> MakeMultiLineEdit(const dialog_item& item, Window& dialo
 std::unique_ptr<Window> MakeListBox(const dialog_item& item, Window& dialog);
 std::unique_ptr<Window> MakeDropDownList(const dialog_item& item, Window& dialog);
 
+// How many pixels a drop-down list takes when it is open, at least a row, at most a screen; rows
+// are shown whole.
+void SetDropDownHeight(Window& drop_down_list, int pixels);
+
 inline bool HasStyle(DWORD style, long bits) {
   return (style & static_cast<DWORD>(bits)) == static_cast<DWORD>(bits);
 }

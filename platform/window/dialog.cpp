@@ -203,11 +203,16 @@ void Dialog::Show(bool show) {
   ChangeStyle(show ? style() | static_cast<DWORD>(WS_VISIBLE)
                    : style() & ~static_cast<DWORD>(WS_VISIBLE));
   if (!show) {
-    frame()->hide();
+    FocusWindowGone(*this);
+    HideWidget(*frame());
     return;
   }
   AskLimits();
   frame()->show();
+  // The toolkit forgets them in show.
+  if (parent() != nullptr && parent()->widget()->testAttribute(Qt::WA_KeyboardFocusChange)) {
+    ShowFocusCues();
+  }
   frame()->activateWindow();
   SizeMayHaveChanged();
   Window* const holder = FocusWindow();
@@ -216,6 +221,14 @@ void Dialog::Show(bool show) {
     MoveFocus(remembered != nullptr ? remembered : this);
   }
 }
+
+void Dialog::ShowFocusCues() {
+  if (frame()->testAttribute(Qt::WA_KeyboardFocusChange)) return;
+  frame()->setAttribute(Qt::WA_KeyboardFocusChange);
+  for (const auto& control : controls_) control->widget()->update();
+}
+
+bool Dialog::TakesInput() const { return enabled() && (loop == nullptr || !loop->ended()); }
 
 Window* Dialog::Control(int id) const {
   const auto found = std::find_if(controls_.begin(), controls_.end(),
@@ -260,6 +273,10 @@ void Dialog::NextControl(WPARAM wparam, bool handle) {
   Window* const next = handle ? Window::Find(reinterpret_cast<HWND>(wparam))
                               : NextTabStop(*this, focus, wparam != 0);
   if (next != nullptr) FocusControl(*this, *next);
+}
+
+void Dialog::FocusReached(Window& window, bool by_user) {
+  if (window.handle() != marked_default_) MarkDefaultButton(by_user ? &window : nullptr);
 }
 
 void Dialog::MarkDefaultButton(Window* focus) {

@@ -31,6 +31,7 @@ class Dialog : public Window {
   QWidget* client() const { return client_; }
   const std::vector<std::unique_ptr<Window>>& controls() const { return controls_; }
   HMENU menu() const { return menu_; }
+  QMenuBar* menu_bar() const { return menu_bar_; }  // null for a dialog without menu
   const dialog_units& units() const { return units_; }
   Window* Control(int id) const;
 
@@ -49,12 +50,20 @@ class Dialog : public Window {
 
   HWND remembered_focus() const { return remembered_focus_; }
   void RememberFocus(HWND control) { remembered_focus_ = control; }
+  // The focus is at `window` now. A button that the user brought it to is the one that Enter
+  // presses until it moves on; one that the program brought it to is not.
+  void FocusReached(Window& window, bool by_user);
+
+  // From the first key on it is seen who has the focus, also in dialogs that this one owns.
+  void ShowFocusCues();
 
   bool shown_by_template() const { return shown_by_template_; }
   // Gives the default look to the button `focus`, or back to the default button if it is none.
   void MarkDefaultButton(Window* focus);
 
   ModalLoop* loop = nullptr;  // of a modal dialog while it runs
+  // False while it is disabled, and when its end was asked for.
+  bool TakesInput() const;
 
  private:
   Dialog(const dialog_template& source, QWidget* frame, Dialog* owner, DLGPROC dialog_procedure);

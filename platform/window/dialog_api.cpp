@@ -97,9 +97,7 @@ BOOL WINAPI EndDialog(HWND handle, INT_PTR result) {
   return ui::CallOnMain<BOOL>(FALSE, [&]() -> BOOL {
     ui::Dialog* const dialog = ui::NeedDialog(handle);
     if (dialog == nullptr) return FALSE;
-    if (dialog->loop == nullptr) return TRUE;
-    dialog->loop->result = result;
-    dialog->loop->End();
+    ui::EndModalDialog(*dialog, result);
     return TRUE;
   });
 }

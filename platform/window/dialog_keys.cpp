@@ -148,17 +148,13 @@ bool CharacterIsForDialog(Dialog& dialog, Window& target, WPARAM character) {
          PressMnemonic(dialog, target, character);
 }
 
-Window* MnemonicControl(const Dialog& dialog, const Window& from, WPARAM character) {
-  if (character >= 0x80) return nullptr;
-  const int wanted = std::toupper(static_cast<int>(character));
-  return NextControl(dialog, &from, false, [&](const Window& control) {
-    return Usable(control) && (CodeOf(control) & (DLGC_STATIC | DLGC_BUTTON)) != 0 &&
-           MnemonicOf(control.Text()) == wanted;
-  });
-}
-
 bool PressMnemonic(Dialog& dialog, Window& from, WPARAM character) {
-  Window* const control = MnemonicControl(dialog, from, character);
+  if (character >= 0x80) return false;
+  const int wanted = std::toupper(static_cast<int>(character));
+  Window* const control = NextControl(dialog, &from, false, [&](const Window& candidate) {
+    return Usable(candidate) && (CodeOf(candidate) & (DLGC_STATIC | DLGC_BUTTON)) != 0 &&
+           MnemonicOf(candidate.Text()) == wanted;
+  });
   if (control == nullptr) return false;
   if ((CodeOf(*control) & DLGC_STATIC) == 0) {
     control->Send(BM_CLICK, 0, 0);

@@ -25,8 +25,8 @@ bool KeyIsForDialog(Dialog& dialog, Window& target, WPARAM virtual_key, bool shi
 // The same with WM_CHAR: without Alt a mnemonic works where the focus wants no characters.
 bool CharacterIsForDialog(Dialog& dialog, Window& target, WPARAM character);
 
-// The control after `from`, going round, whose caption underlines the character; null for none.
-Window* MnemonicControl(const Dialog& dialog, const Window& from, WPARAM character);
+// Presses, or gives the focus to, the next control after `from`, going round, whose caption
+// underlines the character; false when there is none.
 bool PressMnemonic(Dialog& dialog, Window& from, WPARAM character);
 
 }  // namespace vt63x::ui

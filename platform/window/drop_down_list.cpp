@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 
+#include <QAbstractItemView>
 #include <QComboBox>
+#include <QWheelEvent>
+#include <algorithm>
 
 #include "platform/window/control_classes.h"
 #include "platform/window/list_text.h"
@@ -19,6 +22,14 @@ class Box : public QComboBox {
     dropped(true);
     QComboBox::showPopup();
   }
+  // The wheel belongs to the control with the focus.
+  void wheelEvent(QWheelEvent* event) override {
+    if (hasFocus()) {
+      QComboBox::wheelEvent(event);
+    } else {
+      event->ignore();
+    }
+  }
   void hidePopup() override {
     QComboBox::hidePopup();
     if (!std::exchange(open_, false)) return;
@@ -32,7 +43,6 @@ class Box : public QComboBox {
 class DropDownList : public Control<Box> {
  public:
   DropDownList(const dialog_item& item, Window& dialog) : Control(item, dialog) {
-    toolkit().setMaxVisibleItems(12);
     toolkit().setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     toolkit().dropped = [this](bool open) { Notify(open ? CBN_DROPDOWN : CBN_CLOSEUP); };
     QObject::connect(&toolkit(), &QComboBox::activated, [this](int row) { Chosen(row); });
@@ -110,6 +120,12 @@ class DropDownList : public Control<Box> {
 };
 
 }  // namespace
+
+void SetDropDownHeight(Window& drop_down_list, int pixels) {
+  auto& box = *static_cast<Box*>(drop_down_list.widget());
+  const int row = box.view()->fontMetrics().height();
+  box.setMaxVisibleItems(std::max(1, pixels / row));
+}
 
 std::unique_ptr<Window> MakeDropDownList(const dialog_item& item, Window& dialog) {
   return std::make_unique<DropDownList>(item, dialog);

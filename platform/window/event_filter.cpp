@@ -10,7 +10,7 @@
 
 #include "platform/window/dialog.h"
 #include "platform/window/draw_while.h"
-#include "platform/window/focus.h"
+#include "platform/window/input_queue.h"
 #include "platform/window/key_input.h"
 #include "platform/window/message_queue.h"
 
@@ -63,18 +63,21 @@ void PointToModal(Dialog& disabled) {
 
 // A window without a system menu has no close box; some window managers draw one all the same.
 bool CanBeClosed(const Dialog& dialog) {
-  return dialog.enabled() && (dialog.style() & static_cast<DWORD>(WS_SYSMENU)) != 0;
+  return dialog.TakesInput() && (dialog.style() & static_cast<DWORD>(WS_SYSMENU)) != 0;
 }
 
 class EventFilter : public QObject {
  public:
   EventFilter() {
     QObject::connect(qApp, &QApplication::focusChanged, this, [](QWidget*, QWidget* now) {
-      if (!OnlyDrawing()) ToolkitFocusMoved(now);
+      if (!OnlyDrawing()) InputQueue::Instance().FocusMoved(now);
     });
   }
 
   bool eventFilter(QObject* object, QEvent* event) override {
+    if (object->isWindowType()) {
+      return InputQueue::Instance().Take(*static_cast<QWindow*>(object), *event);
+    }
     if (!object->isWidgetType()) return false;
     auto* const widget = static_cast<QWidget*>(object);
     Window* const window = Window::OfWidget(widget);
@@ -82,7 +85,7 @@ class EventFilter : public QObject {
     Dialog* const dialog = window->dialog();
     // Menus and drop-downs are windows of the toolkit's own.
     if (dialog == nullptr || widget->window() != dialog->frame()) return false;
-    if (!dialog->enabled() && IsInput(event->type())) {
+    if (!dialog->TakesInput() && IsInput(event->type())) {
       if (event->type() == QEvent::MouseButtonPress) PointToModal(*dialog);
       return true;
     }
@@ -111,15 +114,17 @@ class EventFilter : public QObject {
   }
 
   static bool KeyEvent(Dialog& dialog, const QWidget& widget, QEvent& event) {
-    if (KeyOnItsWay() || qobject_cast<const QMenuBar*>(&widget) != nullptr) return false;
+    if (KeyOnItsWay()) return false;
+    const bool in_menu_bar = qobject_cast<const QMenuBar*>(&widget) != nullptr;
     switch (event.type()) {
       case QEvent::ShortcutOverride:
-        if (!TakesShortcut(dialog, static_cast<QKeyEvent&>(event))) return false;
+        // The toolkit would look for menus as soon as a key arrives, before it has its turn.
         event.accept();
         return true;
       case QEvent::KeyPress:
       case QEvent::KeyRelease:
-        return KeyFromUser(dialog, static_cast<QKeyEvent&>(event));
+        return in_menu_bar ? KeyForMenuBar(dialog, static_cast<QKeyEvent&>(event))
+                           : KeyFromUser(dialog, static_cast<QKeyEvent&>(event));
       default:
         return false;
     }

@@ -23,13 +23,18 @@ class Following {
   bool before_;
 };
 
-void Tell(Window* before, Window* now) {
+enum class MovedBy { kProgram, kUser };
+
+void Tell(Window* before, Window* now, MovedBy by) {
   const HWND before_handle = before == nullptr ? nullptr : before->handle();
   const HWND now_handle = now == nullptr ? nullptr : now->handle();
   if (before != nullptr) before->Send(WM_KILLFOCUS, reinterpret_cast<WPARAM>(now_handle), 0);
   // A handler may have moved it on.
   if (now == nullptr || focus != now_handle) return;
-  if (Dialog* const dialog = now->dialog()) dialog->RememberFocus(now_handle);
+  if (Dialog* const dialog = now->dialog()) {
+    dialog->RememberFocus(now_handle);
+    dialog->FocusReached(*now, by == MovedBy::kUser);
+  }
   now->Send(WM_SETFOCUS, reinterpret_cast<WPARAM>(before_handle), 0);
 }
 
@@ -57,7 +62,7 @@ Window* MoveFocus(Window* window) {
   if (before == window) return before;
   focus = window == nullptr ? nullptr : window->handle();
   LetToolkitFollow(window);
-  Tell(before, window);
+  Tell(before, window, MovedBy::kProgram);
   return before;
 }
 
@@ -77,7 +82,7 @@ void ToolkitFocusMoved(QWidget* now) {
   Window* const before = FocusWindow();
   if (before == window) return;
   focus = window == nullptr ? nullptr : window->handle();
-  Tell(before, window);
+  Tell(before, window, MovedBy::kUser);
 }
 
 void FocusWindowGone(Window& window) {
@@ -105,7 +110,7 @@ void EnableWidget(Window& control, bool enable) {
   Dialog* const dialog = control.dialog();
   if (!enable && focus == control.handle()) {
     focus = nullptr;
-    Tell(&control, nullptr);
+    Tell(&control, nullptr, MovedBy::kProgram);
     // Keys go to the dialog as long as nobody else takes the focus.
     const Following following;
     if (dialog != nullptr) dialog->client()->setFocus();

@@ -22,10 +22,10 @@ Window* MoveFocus(Window* window);
 // The toolkit moved its focus: the user clicked, or another window became active.
 void ToolkitFocusMoved(QWidget* now);
 
-// The window is being destroyed: a dialog's focus goes back to its owner.
+// The window is being destroyed or hidden: a dialog's focus goes back to its owner.
 void FocusWindowGone(Window& window);
 
-// Hides the widget of a window that is gone.
+// Hides the widget of a window without the toolkit moving the focus.
 void HideWidget(QWidget& widget);
 
 // Enables or disables a control's widget without the toolkit moving the focus.

@@ -10,6 +10,7 @@
 #include "platform/window/dialog.h"
 #include "platform/window/dialog_keys.h"
 #include "platform/window/focus.h"
+#include "platform/window/menu.h"
 
 namespace vt63x::ui {
 namespace {
@@ -54,11 +55,16 @@ constexpr control_character kControlCharacters[] = {
     {24, WM_CUT, 0, 0},    {26, WM_UNDO, 0, 0},
 };
 
-constexpr int kAppMenuKeys[] = {Qt::Key_Alt,   Qt::Key_AltGr,   Qt::Key_Meta, Qt::Key_F10,
-                                Qt::Key_Shift, Qt::Key_Control, Qt::Key_Menu, Qt::Key_Print};
+constexpr int kToolkitKeys[] = {Qt::Key_Alt,     Qt::Key_AltGr, Qt::Key_Meta, Qt::Key_Shift,
+                                Qt::Key_Control, Qt::Key_Menu,  Qt::Key_Print};
 
-const QKeyEvent* current = nullptr;  // the user's key that is being handled
-bool on_its_way = false;
+struct key_state {
+  const QKeyEvent* current = nullptr;  // the user's key that is being handled
+  bool on_its_way = false;
+  int last_pressed = 0;
+};
+
+key_state state;
 
 template <typename Table, typename Matches>
 const auto* FindIn(const Table& table, const Matches& matches) {
@@ -93,9 +99,9 @@ Window& Target(Dialog& dialog) {
 void HandOver(QWidget& widget, QEvent::Type type, int key, Qt::KeyboardModifiers modifiers,
               const QString& text) {
   QKeyEvent event(type, key, modifiers, text);
-  const bool before = std::exchange(on_its_way, true);
+  const bool before = std::exchange(state.on_its_way, true);
   QCoreApplication::sendEvent(&widget, &event);
-  on_its_way = before;
+  state.on_its_way = before;
 }
 
 // Where typed keys go inside a window: the widget itself or its part that takes the keyboard.
@@ -105,7 +111,7 @@ QWidget* KeyWidget(Window& window) {
 }
 
 Qt::KeyboardModifiers Modifiers() {
-  return current == nullptr ? Qt::NoModifier : current->modifiers();
+  return state.current == nullptr ? Qt::NoModifier : state.current->modifiers();
 }
 
 bool IsEdit(Window& window) { return (window.Send(WM_GETDLGCODE, 0, 0) & DLGC_HASSETSEL) != 0; }
@@ -146,8 +152,8 @@ void Pressed(Dialog& dialog, const QKeyEvent& event) {
 
 class Current {
  public:
-  explicit Current(const QKeyEvent* event) : before_(std::exchange(current, event)) {}
-  ~Current() { current = before_; }
+  explicit Current(const QKeyEvent* event) : before_(std::exchange(state.current, event)) {}
+  ~Current() { state.current = before_; }
   Current(const Current&) = delete;
   Current& operator=(const Current&) = delete;
 
@@ -160,28 +166,47 @@ bool IsAltCharacter(const QKeyEvent& event) {
          !event.modifiers().testFlag(Qt::ControlModifier) && IsLetterOrDigit(event.key());
 }
 
+// F10, or Alt pressed and released with nothing in between.
+bool IsMenuBarKey(const QKeyEvent& event) {
+  if (event.key() == Qt::Key_F10) {
+    return event.type() == QEvent::KeyPress && event.modifiers() == Qt::NoModifier;
+  }
+  return event.key() == Qt::Key_Alt && event.type() == QEvent::KeyRelease &&
+         state.last_pressed == Qt::Key_Alt;
+}
+
+// A control of the dialog comes before a menu.
+void PressAltCharacter(Dialog& dialog, int key) {
+  if (PressMnemonic(dialog, Target(dialog), static_cast<WPARAM>(key))) return;
+  if (dialog.menu_bar() != nullptr) OpenMenu(*dialog.menu_bar(), key);
+}
+
 }  // namespace
 
-bool KeyOnItsWay() { return on_its_way; }
+bool KeyOnItsWay() { return state.on_its_way; }
 
 bool ShiftDown() {
   return Modifiers().testFlag(Qt::ShiftModifier) ||
-         (current != nullptr && current->key() == Qt::Key_Backtab);
+         (state.current != nullptr && state.current->key() == Qt::Key_Backtab);
 }
 
 bool ControlDown() { return Modifiers().testFlag(Qt::ControlModifier); }
 
-bool TakesShortcut(Dialog& dialog, const QKeyEvent& event) {
-  return IsAltCharacter(event) &&
-         MnemonicControl(dialog, Target(dialog), static_cast<WPARAM>(event.key())) != nullptr;
+bool KeyForMenuBar(Dialog& dialog, const QKeyEvent& event) {
+  const bool switches = IsMenuBarKey(event);
+  if (event.type() == QEvent::KeyPress) state.last_pressed = event.key();
+  if (switches && dialog.menu_bar() != nullptr) SwitchMenuBar(*dialog.menu_bar());
+  return switches;
 }
 
 bool KeyFromUser(Dialog& dialog, const QKeyEvent& event) {
-  if (FindIn(kAppMenuKeys, [&](int key) { return key == event.key(); }) != nullptr) return false;
+  if (event.type() == QEvent::KeyPress) dialog.ShowFocusCues();
+  if (KeyForMenuBar(dialog, event)) return true;
+  if (FindIn(kToolkitKeys, [&](int key) { return key == event.key(); }) != nullptr) return false;
   const Current current_key(&event);
   if (IsAltCharacter(event)) {
-    if (event.type() != QEvent::KeyPress) return true;
-    return PressMnemonic(dialog, Target(dialog), static_cast<WPARAM>(event.key()));
+    if (event.type() == QEvent::KeyPress) PressAltCharacter(dialog, event.key());
+    return true;
   }
   if (event.modifiers().testFlag(Qt::AltModifier)) return false;
   if (event.type() == QEvent::KeyPress) {
@@ -197,7 +222,8 @@ bool KeyFromUser(Dialog& dialog, const QKeyEvent& event) {
 bool KeyFromQueue(Window& window, UINT message, WPARAM wparam, LPARAM lparam) {
   const HWND handle = window.handle();
   Dialog* const dialog = window.dialog();
-  if (dialog == nullptr || !dialog->enabled()) return message == WM_KEYDOWN || message == WM_CHAR;
+  if (dialog == nullptr || !dialog->TakesInput())
+    return message == WM_KEYDOWN || message == WM_CHAR;
   switch (message) {
     case WM_KEYDOWN: {
       if (KeyIsForDialog(*dialog, window, wparam, false)) return true;

@@ -14,11 +14,11 @@ class QKeyEvent;
 namespace vt63x::ui {
 
 // A key pressed or released by the user while `dialog` is active. True when it must not go on to
-// the widget: always, but for keys that a menu or the window manager takes.
+// the widget: always, but for keys that the toolkit or the window manager takes.
 bool KeyFromUser(Dialog& dialog, const QKeyEvent& event);
 
-// True when the key is for the dialog's mnemonics and not for a menu.
-bool TakesShortcut(Dialog& dialog, const QKeyEvent& event);
+// The same while the menu bar has the keyboard: true for the keys that take it away again.
+bool KeyForMenuBar(Dialog& dialog, const QKeyEvent& event);
 
 // A key message taken from the message queue; false for any other message.
 bool KeyFromQueue(Window& window, UINT message, WPARAM wparam, LPARAM lparam);

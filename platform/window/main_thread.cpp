@@ -18,6 +18,7 @@
 #include "platform/window/event_filter.h"
 #include "platform/window/message_queue.h"
 #include "platform/window/start_up.h"
+#include "platform/window/toolkit_style.h"
 #include "threading/mutex.h"
 
 namespace vt63x::ui {
@@ -67,6 +68,7 @@ struct Application {
       application = std::make_unique<QApplication>(count, arguments);
     }
     QApplication::setQuitOnLastWindowClosed(false);
+    QApplication::setStyle(MakeToolkitStyle());
     wake_descriptor = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     notifier = std::make_unique<QSocketNotifier>(wake_descriptor.load(), QSocketNotifier::Read);
     QObject::connect(notifier.get(), &QSocketNotifier::activated, notifier.get(), [] {

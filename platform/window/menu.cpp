@@ -3,6 +3,9 @@
 #include "platform/window/menu.h"
 
 #include <QAction>
+#include <QCoreApplication>
+#include <QKeyEvent>
+#include <QKeySequence>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPointer>
@@ -119,6 +122,13 @@ menu_item* FindItem(HMENU handle, UINT item, UINT flags) {
   return menu == nullptr || item >= menu->items.size() ? nullptr : &menu->items[item];
 }
 
+QAction* FirstChoice(const QMenu& menu) {
+  for (QAction* const action : menu.actions()) {
+    if (action->isEnabled() && !action->isSeparator()) return action;
+  }
+  return nullptr;
+}
+
 // Until an item is chosen, the menu is left, or the program wants to quit. -1 for none.
 int Track(QMenu& popup, const Menu& menu, const QPoint& place) {
   const QPointer<QMenu> guard(&popup);
@@ -144,6 +154,34 @@ HMENU FillMenuBar(QMenuBar& bar, WORD resource, HWND target) {
     Table().menus.at(handle).items.push_back({item.id, item.flags, submenu, menu->menuAction()});
   }
   return handle;
+}
+
+bool OpenMenu(QMenuBar& bar, int letter) {
+  const QKeySequence wanted(Qt::ALT | static_cast<Qt::Key>(letter));
+  for (QAction* const action : bar.actions()) {
+    if (!action->isEnabled() || QKeySequence::mnemonic(action->text()) != wanted) continue;
+    bar.setActiveAction(action);
+    if (QMenu* const menu = action->menu()) menu->setActiveAction(FirstChoice(*menu));
+    return true;
+  }
+  auto* const corner = qobject_cast<QMenuBar*>(bar.cornerWidget(Qt::TopRightCorner));
+  return corner != nullptr && OpenMenu(*corner, letter);
+}
+
+void SwitchMenuBar(QMenuBar& bar) {
+  QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+  if (bar.hasFocus()) {
+    QCoreApplication::sendEvent(&bar, &escape);
+    return;
+  }
+  // The toolkit has no call for it: its bar has the keyboard once one of the menus was left.
+  QAction* const first = bar.actions().isEmpty() ? nullptr : bar.actions().constFirst();
+  QMenu* const menu = first == nullptr ? nullptr : first->menu();
+  if (menu == nullptr) return;
+  menu->setAttribute(Qt::WA_DontShowOnScreen);
+  bar.setActiveAction(first);
+  QCoreApplication::sendEvent(menu, &escape);
+  menu->setAttribute(Qt::WA_DontShowOnScreen, false);
 }
 
 void FreeMenu(HMENU handle) {

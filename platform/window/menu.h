@@ -16,6 +16,12 @@ namespace vt63x::ui {
 // resource is missing or broken.
 HMENU FillMenuBar(QMenuBar& bar, WORD resource, HWND target);
 
+// Opens the menu whose name underlines the letter (a capital or a digit); false when there is none.
+bool OpenMenu(QMenuBar& bar, int letter);
+
+// Gives the keyboard to the bar, as F10 and Alt do, or takes it away again.
+void SwitchMenuBar(QMenuBar& bar);
+
 // The handles of the menu and its submenus become stale.
 void FreeMenu(HMENU menu);
 

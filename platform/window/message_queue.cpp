@@ -8,6 +8,8 @@
 #include <map>
 #include <memory>
 
+#include "platform/window/draw_while.h"
+#include "platform/window/input_queue.h"
 #include "platform/window/key_input.h"
 #include "platform/window/main_thread.h"
 #include "platform/window/modal_loop.h"
@@ -18,7 +20,7 @@
 namespace vt63x::ui {
 namespace {
 
-constexpr int kMessagesAtOnce = 64;
+constexpr int kAtOnce = 64;
 constexpr UINT kShortestTimer = 10;  // ms
 
 struct posted_message {
@@ -63,6 +65,23 @@ void Deliver(const posted_message& posted) {
   window->Send(posted.message, posted.wparam, posted.lparam);
 }
 
+bool SomethingWaits() { return !Empty() || (!InputQueue::Instance().empty() && !QuitRequested()); }
+
+// False when it is nobody's turn. Something may be left when a nested loop begins in here: it must
+// wake up for that.
+bool HandOutNext() {
+  InputQueue& input = InputQueue::Instance();
+  const std::optional<posted_message> message = NextMessage();
+  if (!message && (input.empty() || !InputHasItsTurn())) return false;
+  if (SomethingWaits()) WakeMainThread();
+  if (message) {
+    Deliver(*message);
+  } else {
+    input.HandOut();
+  }
+  return true;
+}
+
 using timer_key = std::pair<HWND, UINT_PTR>;
 
 // Main thread.
@@ -99,21 +118,17 @@ void PostToWindow(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
 }
 
 void DispatchMessages() {
-  for (int i = 0; i < kMessagesAtOnce; ++i) {
+  for (int i = 0; i < kAtOnce; ++i) {
     RunWaitingCalls();
     // Once a dialog is ended its loop takes no further message; they are for the loop around it.
     if (ModalLoop::InnermostEnded()) {
       WakeMainThread();
       return;
     }
-    const std::optional<posted_message> message = NextMessage();
-    if (!message) break;
-    // Messages may be left when a nested loop begins in here: it must wake up for them.
-    if (!Empty()) WakeMainThread();
-    Deliver(*message);
+    if (!HandOutNext()) break;
   }
   Window::FreeDestroyed();
-  if (!Empty()) {
+  if (SomethingWaits()) {
     WakeMainThread();
   } else if (QuitRequested()) {
     ModalLoop::EndInnermost();
@@ -123,6 +138,10 @@ void DispatchMessages() {
 void QuitFromSignal() {
   quit_from_signal = true;
   WakeMainThread();
+}
+
+bool InputHasItsTurn() {
+  return Empty() && !QuitRequested() && !ModalLoop::InnermostEnded() && !OnlyDrawing();
 }
 
 bool QuitRequested() {

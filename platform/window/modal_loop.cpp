@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/window/dialog.h"
+#include "platform/window/input_queue.h"
 #include "platform/window/main_thread.h"
 #include "platform/window/message_queue.h"
 
@@ -43,7 +44,10 @@ ModalLoop::ModalLoop(std::function<void()> end) : end_(std::move(end)) {
 ModalLoop::~ModalLoop() {
   std::erase(Loops(), this);
   LoopEnds();
-  if (Loops().empty()) ForgetQuit();
+  if (Loops().empty()) {
+    ForgetQuit();
+    InputQueue::Instance().Clear();
+  }
   // The loop around this one has not heard yet of what was posted to it or of the request to quit.
   WakeMainThread();
 }
@@ -64,10 +68,13 @@ void ModalLoop::EndInnermost() {
 
 bool ModalLoop::InnermostEnded() { return !Loops().empty() && Loops().back()->ended(); }
 
+std::size_t ModalLoop::Depth() { return Loops().size(); }
+
 // The dialog may be destroyed at any message; what is left to do goes by its handle.
 INT_PTR RunModalDialog(Dialog& dialog, OwnerDisabled& owner, LPARAM parameter) {
   const HWND handle = dialog.handle();
   ModalLoop loop;
+  loop.owner = &owner;
   dialog.loop = &loop;
   dialog.Initialise(parameter);
   if (!loop.ended() && Window::Find(handle) != nullptr) {
@@ -77,6 +84,17 @@ INT_PTR RunModalDialog(Dialog& dialog, OwnerDisabled& owner, LPARAM parameter) {
   owner.Enable();
   if (Window* const window = Window::Find(handle)) window->Destroy();
   return loop.result;
+}
+
+void EndModalDialog(Dialog& dialog, INT_PTR result) {
+  ModalLoop* const loop = dialog.loop;
+  if (loop == nullptr) return;
+  const HWND handle = dialog.handle();
+  loop->result = result;
+  loop->End();
+  if (loop->owner != nullptr) loop->owner->Enable();
+  // Who hears of that may destroy it.
+  if (Window::Find(handle) != nullptr) dialog.Show(false);
 }
 
 }  // namespace vt63x::ui

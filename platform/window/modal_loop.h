@@ -42,10 +42,13 @@ class ModalLoop {
   void End();
   bool ended() const { return ended_; }
   INT_PTR result = 0;
+  OwnerDisabled* owner = nullptr;  // of a modal dialog
 
   // Somebody wants to quit: the innermost ends, and then the one around it.
   static void EndInnermost();
   static bool InnermostEnded();
+  // How many loops are nested.
+  static std::size_t Depth();
   // For a loop of the toolkit's own (a menu, a file dialog): `end` breaks it off.
   explicit ModalLoop(std::function<void()> end);
 
@@ -55,9 +58,14 @@ class ModalLoop {
   bool ended_ = false;
 };
 
-// Shows the dialog, runs it until EndDialog, its destruction or the request to quit, destroys it,
-// and returns its result.
+// Shows the dialog, which disables its owner, runs it until EndDialog, its destruction or the
+// request to quit, destroys it, and returns its result.
 INT_PTR RunModalDialog(Dialog& dialog, OwnerDisabled& owner, LPARAM parameter);
+
+// Asks the dialog's loop to end with `result`. For the user the dialog is gone at once, whatever
+// its loop has still on the stack: it is hidden, and its owner enabled and has the focus. Nothing
+// for a dialog that is not modal.
+void EndModalDialog(Dialog& dialog, INT_PTR result);
 
 }  // namespace vt63x::ui
 

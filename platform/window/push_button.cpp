@@ -3,7 +3,7 @@
 #include <QPushButton>
 
 #include "platform/window/control_classes.h"
-#include "platform/window/focus.h"
+#include "platform/window/dialog_keys.h"
 #include "platform/window/text_codec.h"
 
 namespace vt63x::ui {
@@ -25,7 +25,7 @@ class PushButton : public Control<QPushButton> {
         return DLGC_BUTTON | (IsDefault() ? DLGC_DEFPUSHBUTTON : DLGC_UNDEFPUSHBUTTON);
       case BM_CLICK:
         if (!enabled()) return 0;
-        MoveFocus(this);
+        FocusControl(*dialog(), *this);
         toolkit().click();
         return 0;
       case BM_SETSTYLE:

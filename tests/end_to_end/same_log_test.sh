@@ -29,23 +29,19 @@ session() {
   VT63X_COM1=$VT63X_WINE_LINE "$@" >"$work/out" 2>"$work/err" &
   program=$!
   pids+=($program)
-  main=$(find_window "$title") || fail "$name: no window"
-  xdotool windowactivate --sync "$main"
+  main=$(activate "$title") || fail "$name: no window"
   keys alt+o
   type_line 'gr 37'
   select_file "$folder$name${folder: -1}tour.wcf"
   keys alt+w
   wait_for 20 grep -q 'W 1F EB' "$work/$name.trace" || fail "$name: the command file did not run"
   wait_for 10 there_is_no 'Processing\.\.\.' || fail "$name: the run does not end"
-  sleep 0.5
+  wait_for 10 is_active "$main" || fail "$name: the window does not come back"
   type_line 'sav session'
   wait_for 10 test -s "$work/$name/SESSION.txt" || fail "$name: the log was not saved"
   keys alt+o  # "&Open" is disabled now: the reader
-  local reader
-  reader=$(find_window 'Ostrel Reader') || fail "$name: no card reader"
-  xdotool windowactivate --sync "$reader"
+  activate 'Ostrel Reader' >/dev/null || fail "$name: no card reader"
   keys alt+t alt+e alt+r
-  sleep 0.5
   [ -z "${KEEP_SCREEN:-}" ] || import -window root "$KEEP_SCREEN-$name.png"
   keys alt+x
   wait_for 10 there_is_no 'Ostrel Reader' || fail "$name: the reader stays"

@@ -29,19 +29,34 @@ wait_for() {
   done
 }
 
+# Without -noreset the screen starts anew whenever the last program leaves it.
 start_screen() {
-  Xvfb -displayfd 7 -screen 0 1280x1024x24 -nolisten tcp >"$work/xvfb" 2>&1 7>"$work/display" &
+  Xvfb -displayfd 7 -noreset -screen 0 1280x1024x24 -nolisten tcp >"$work/xvfb" 2>&1 7>"$work/display" &
   pids+=($!)
   wait_for 20 test -s "$work/display" || fail 'no screen'
   export DISPLAY=:$(tr -d '\n' <"$work/display")
   openbox >"$work/openbox" 2>&1 &
   pids+=($!)
-  wait_for 20 xprop_root || fail 'no window manager'
+  wait_for 20 manager_answers 7 || fail 'no window manager'
 }
-xprop_root() { xdotool get_desktop >/dev/null 2>&1; }
+# manager_answers NUMBER: when it has done what it was asked for before. The number of desktops, which
+# nothing but the event loop of a window manager sets, must be a new one, and none that is the default.
+manager_answers() {
+  wmctrl -n "$1" && [ "$(xdotool get_num_desktops)" = "$1" ]
+} 2>/dev/null
 
-# find_window TITLE: waits for it and prints its id.
-find_window() { timeout 20 xdotool search --sync --onlyvisible --name "^$1\$" | head -1; }
+# find_window TITLE: waits until it is shown and prints its id. A window that comes or goes meanwhile
+# makes a search fail.
+find_window() {
+  wait_for 20 there_is "$1" >&2 && xdotool search --onlyvisible --name "^$1\$" | head -1
+}
+is_active() { [ "$(xdotool getactivewindow)" = "$1" ]; } 2>/dev/null
+# activate TITLE: as find_window, and gives it the keyboard.
+activate() {
+  local window
+  window=$(find_window "$1") || return 1
+  xdotool windowactivate "$window" && wait_for 20 is_active "$window" && echo "$window"
+}
 there_is() { xdotool search --onlyvisible --name "^$1\$" >/dev/null 2>&1; }
 there_is_no() { ! there_is "$1"; }
 
@@ -56,7 +71,7 @@ type_line() {
 # select_file PATH: through the file dialog.
 select_file() {
   keys alt+s
-  find_window '.*(Open|Select).*' >/dev/null || fail 'no file dialog'
+  activate '.*(Open|Select).*' >/dev/null || fail 'no file dialog'
   xdotool type --delay 5 "$1"
   keys Return
   wait_for 10 there_is_no '.*(Open|Select).*' || fail 'the file dialog stays'

@@ -4,7 +4,7 @@
 # keys and a real mouse, and a simulated chip with a card on COM1:. What the program did is read
 # from what the user would have: its files, its windows, the bytes on the line.
 set -euo pipefail
-bin=$1
+bin=$(realpath "$1")
 case=$2
 title='VT63x Serial RS 232 Test Program'
 . "$(dirname "$0")/screen.sh"
@@ -16,8 +16,7 @@ start_program() {
   "$bin/vt63x-sim" --card 5A3C1E78 --trace "$work/trace" "$@" -- "$bin/wps" 2>"$work/err" &
   program=$!
   pids+=($program)
-  main=$(find_window "$title") || fail "no window: $(cat "$work/err")"
-  xdotool windowactivate --sync "$main"
+  main=$(activate "$title") || fail "no window: $(cat "$work/err")"
 }
 
 gone() { ! kill -0 "$program" 2>/dev/null; }
@@ -42,62 +41,83 @@ log_has() {
 }
 expect_log() { log_has "$1" || fail "not in the log: $1"$'\n'"$(cat "$log")"; }
 
-case_typed_line() {
-  keys alt+o
-  type_line 'gr 37'
-  expect_log 'GR  37          // data == 91  // (Status: 0x0000)'
-  grep -q ' R 37' "$work/trace" || fail 'no read on the line'
+# log_is LINE...: the saved log, without what stands behind the commands.
+log_is() {
+  save_log
+  diff <(printf '%s\n' "$@") <(tr -d '\r' <"$log" | sed 's| *//.*||') || fail 'another log'
 }
 
-# Up shows the line before, Down goes on; what is shown can be sent again.
-case_history() {
-  keys alt+o
-  type_line 'sr 2b 01'
-  type_line 'sr 2b 02'
-  type_line 'sr 2b 03'
-  keys Up Up Return
-  save_log
-  [ "$(grep -c 'SR  2B  02' "$log")" -eq 2 ] || fail "Up does not bring the line before: $(cat "$log")"
-  keys Down Return
-  save_log
-  [ "$(grep -c 'SR  2B  01' "$log")" -eq 2 ] || fail 'Down does not go on with the oldest line'
+# at_once WHAT...: keys, :texts and +X+Y clicks without a pause, all of which reach the program in one
+# batch, as when a slow line keeps it from looking.
+at_once() {
+  local pid what
+  pid=$(xdotool getwindowpid "$main")
+  kill -STOP "$pid"
+  for what in "$@"; do
+    case $what in
+      :*) xdotool type --delay 0 "${what#:}" ;;
+      +*) xdotool mousemove $(tr + ' ' <<<"$what") click 1 ;;
+      *) xdotool key --delay 0 "$what" ;;
+    esac || true
+  done
+  kill -CONT "$pid"
 }
 
-# In the command line it empties the line, in the log pane it does nothing; neither closes.
-case_escape() {
+# Each key is handled when everything that the one before brought along is done: Escape asks the
+# window to close and takes that back, Enter goes by way of a button, a dialog gets what is typed for
+# it before it is there, and nothing more once its end was asked for.
+case_typed_ahead() {
   keys alt+o
-  keys alt+l
-  xdotool type --delay 5 'gr 99'
-  keys Escape
-  type_line 'gr 37'
-  expect_log 'GR  37'
-  log_has 'GR  99' && fail 'Escape left the line'
   place
-  xdotool mousemove $((X + WIDTH / 2)) $((Y + HEIGHT - 60)) click 1
-  keys Escape
-  type_line 'gr 36'
-  expect_log 'GR  36'
-  # The close request that each Escape brought along is used up: the close box closes at once.
-  xdotool key --window "$main" alt+F4 2>/dev/null || true
-  keys alt+F4
-  wait_for 10 gone || fail 'the close box does not close'
-  [ "$(cat "$work/wps_start.cfg")" = 0 ] || fail 'the port is not remembered'
+  local process=+$((X + WIDTH * 464 / 511))+$((Y + HEIGHT - 282 * 13 / 8))
+  at_once alt+l :nonsense Escape Escape ':gr 37' Return Up Return ':gr 36' $process ':gr 35' $process \
+    ':gr 34' Return alt+r alt+g
+  activate 'Access RF Front End Registers' >/dev/null || fail 'no register dialog'
+  wait_for 10 grep -q ' R 00' "$work/trace" || fail 'the register dialog got no key'
+  keys alt+q
+  wait_for 10 is_active "$main" || fail 'the window does not come back'
+  log_is 'GR  37' 'GR  37' 'GR  36' 'GR  35' 'GR  34'
+  keys alt+o
+  activate 'Ostrel Reader' >/dev/null || fail 'no card reader'
+  at_once alt+h alt+x p
+  wait_for 10 there_is_no 'Ostrel Reader' || fail 'the reader stays'
+  wait_for 10 is_active "$main" || fail 'the window does not come back'
+  type_line 'gr 32'
+  log_is 'GR  32'
+  ! grep -q 'W 09 A2' "$work/trace" || fail 'a key behind Exit wrote to the card'
+}
+
+# A button that the mouse or its letter brought the focus to is the one that Enter presses.
+case_default_button() {
+  keys alt+o alt+r
+  local dialog
+  dialog=$(activate 'Access RF Front End Registers') || fail 'no register dialog'
+  reads() { [ "$(grep -c ' R 00' "$work/trace")" -eq "$1" ]; }
+  place "$dialog"
+  xdotool mousemove $((X + WIDTH * 183 / 325)) $((Y + HEIGHT * 42 / 92)) click 1
+  keys Return
+  wait_for 10 reads 2 || fail "not read twice: $(cat "$work/trace")"
+  keys alt+v alt+g Return
+  wait_for 10 reads 4 || fail "not read by the letter and Enter: $(cat "$work/trace")"
+  keys alt+v Return
+  wait_for 10 grep -q 'W 00' "$work/trace" || fail 'away from the button Enter does not set'
 }
 
 case_mnemonics() {
   # "&Process" is disabled while the port is closed, so Alt+P is the menu "&Port" and S its item.
   keys alt+p
   keys s
-  find_window 'RS 232' >/dev/null || fail 'Alt+P S does not open the port settings'
+  activate 'RS 232' >/dev/null || fail 'Alt+P S does not open the port settings'
   keys Tab Tab  # to the list and on
   keys alt+s
   keys Down
   keys alt+v
   keys alt+a
   wait_for 10 there_is_no 'RS 232' || fail 'Alt+A does not apply'
-  keys alt+f
+  keys F10
+  keys f
   keys x
-  wait_for 10 gone || fail 'Alt+F X does not end the program'
+  wait_for 10 gone || fail 'F10 F X does not end the program'
   [ "$(cat "$work/wps_start.cfg")" = 1 ] || fail "port $(cat "$work/wps_start.cfg") instead of 1"
 }
 
@@ -130,10 +150,8 @@ case_resize() {
   wait_for 5 size_is "$width $height" || fail "shorter: $(size) instead of $width $height"
   place
   drag $((X + WIDTH / 2)) $((Y + HEIGHT + 1)) 0 100
-  sleep 0.3
-  place
-  [ "$WIDTH" -eq "$width" ] || fail "taller: width $WIDTH instead of $width"
-  [ "$HEIGHT" -gt "$((height + 50))" ] || fail "taller: height $HEIGHT, was $height"
+  taller() { place; [ "$HEIGHT" -gt $((height + 50)) ] && [ "$WIDTH" -eq "$width" ]; }
+  wait_for 5 taller || fail "taller: $(size), was $width $height"
 }
 
 # As high as the screen, as wide as before, and back.
@@ -157,16 +175,7 @@ start_endless_run() {
   keys alt+o
   select_file "$work/endless.wcf"
   keys alt+w
-  processing=$(find_window 'Processing\.\.\.') || fail 'no processing dialog'
-  sleep 0.3
-}
-
-case_break() {
-  start_endless_run
-  place "$processing"
-  xdotool mousemove $((X + WIDTH / 2)) $((Y + HEIGHT * 32 / 42)) click 1  # Break
-  wait_for 10 there_is_no 'Processing\.\.\.' || fail 'Break does not end the run'
-  expect_log 'User Break recognised.'
+  processing=$(activate 'Processing\.\.\.') || fail 'no processing dialog'
 }
 
 case_file_dialog() {
@@ -201,7 +210,7 @@ case_save_log() {
   for i in 1 2; do
     keys alt+f
     keys Right Right Right s
-    find_window '.*Save.*' >/dev/null || fail 'no file dialog'
+    activate '.*Save.*' >/dev/null || fail 'no file dialog'
     xdotool type --delay 5 "$work/saved.txt"
     keys Return
     wait_for 10 there_is_no '.*Save.*' || fail 'the file dialog stays'
@@ -216,14 +225,24 @@ case_save_log() {
 case_close_in_run() {
   start_endless_run
   keys alt+F4
+  wmctrl -i -c "$processing"
   wmctrl -i -c "$main"
-  sleep 0.5
-  there_is 'Processing\.\.\.' || fail 'the processing dialog can be closed'
+  wait_for 10 manager_answers 6 || fail 'the window manager does not answer'
   keys alt+b
   wait_for 10 there_is_no 'Processing\.\.\.' || fail 'Break does not end the run'
+  wait_for 10 is_active "$main" || fail 'the window does not come back'
+  expect_log 'User Break recognised.'  # so nothing had closed the dialog before
   wmctrl -i -c "$main"
   wait_for 10 gone || fail 'the program stays'
   [ "$(cat "$work/wps_start.cfg")" = 0 ] || fail 'the port is not remembered'
+}
+
+# leave_others: closes what is open beside the main window; true when that was nothing.
+leave_others() {
+  local id others
+  others=$(wmctrl -l | grep -vF "$title" | cut -d' ' -f1) || return 0
+  for id in $others; do wmctrl -i -c "$id"; done
+  return 1
 }
 
 # A double click on every control from the first to the last; the program answers afterwards.
@@ -235,17 +254,14 @@ case_double_clicks() {
     for x in 30 100 200 350 520 700; do
       [ "$x" -lt "$WIDTH" ] && [ "$y" -lt "$HEIGHT" ] || continue
       xdotool mousemove $((X + x)) $((Y + y)) click --repeat 2 --delay 40 1
-      sleep 0.1
-      # Whatever opened is left again.
-      local i
-      for i in 1 2 3; do
-        [ "$(xdotool getactivewindow)" = "$main" ] || { keys alt+F4; sleep 0.1; }
-      done
+      sleep 0.1  # the pace of the hand
+      leave_others || true
       gone && fail "gone after a double click at $x, $y"
     done
   done
+  wait_for 20 leave_others || fail "other windows stay: $(wmctrl -l)"
   keys Escape
-  xdotool windowactivate --sync "$main"
+  wait_for 10 is_active "$main" || fail 'the window does not come back'
   keys alt+o
   type_line 'gr 37'
   expect_log 'GR  37'
@@ -256,8 +272,11 @@ case_scaled() {
   keys alt+F4
   wait_for 10 gone || fail 'the program stays'
   QT_SCALE_FACTOR=2 start_program
+  wait_for 10 below_the_caption || fail "at $X $Y"
+}
+below_the_caption() {
   place
-  [ "$X" -ge 0 ] && [ "$Y" -ge 10 ] || fail "at $X $Y"
+  [ "$X" -ge 0 ] && [ "$Y" -ge 10 ]
 }
 
 case_no_display() {

@@ -16,8 +16,15 @@ INT_PTR CALLBACK EndsAtOnce(HWND dialog, UINT message, WPARAM, LPARAM lparam) {
   return message == WM_INITDIALOG ? TRUE : FALSE;
 }
 
+// For its user it is gone as soon as its end was asked for.
 INT_PTR CALLBACK EndsOnClose(HWND dialog, UINT message, WPARAM, LPARAM) {
-  if (message == WM_CLOSE) EndDialog(dialog, 11);
+  if (message == WM_CLOSE) {
+    const HWND owner = GetWindow(dialog, GW_OWNER);
+    EndDialog(dialog, 11);
+    EXPECT_EQ(IsWindowVisible(dialog), FALSE);
+    EXPECT_NE(IsWindowEnabled(owner), FALSE);
+    EXPECT_EQ(GetParent(GetFocus()), owner);
+  }
   return message == WM_CLOSE || message == WM_INITDIALOG ? TRUE : FALSE;
 }
 
