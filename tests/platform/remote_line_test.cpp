@@ -317,6 +317,21 @@ TEST(RemoteLoss, BytesBeforeItAreReadAndThenEveryCallFails) {
   EXPECT_EQ(WritePort(port.handle, "x"), ERROR_DEVICE_NOT_CONNECTED);
 }
 
+TEST(RemoteLoss, IsSeenBehindBytesThatNobodyReads) {
+  Server server;
+  std::promise<void> gone;
+  server.data = [&](Server& s, const std::string&) {
+    s.Send("last");
+    s.HangUp();
+    gone.set_value();
+  };
+  const RemotePort port(server.name());
+  EXPECT_EQ(WritePort(port.handle, "x"), ERROR_SUCCESS);
+  gone.get_future().wait();
+  DWORD status = 0;
+  EXPECT_EQ(ErrorOf(GetCommModemStatus(port.handle, &status)), ERROR_DEVICE_NOT_CONNECTED);
+}
+
 TEST(RemoteLoss, LostConnectionAndClosedPortEndAWaitInAnotherThread) {
   for (const bool closed : {false, true}) {
     Server server;
