@@ -36,7 +36,7 @@ session() {
   keys alt+w
   wait_for 20 grep -q 'W 1F EB' "$work/$name.trace" || fail "$name: the command file did not run"
   wait_for 10 there_is_no 'Processing\.\.\.' || fail "$name: the run does not end"
-  wait_for 10 is_active "$main" || fail "$name: the window does not come back"
+  window_is_back
   type_line 'sav session'
   wait_for 10 test -s "$work/$name/SESSION.txt" || fail "$name: the log was not saved"
   keys alt+o  # "&Open" is disabled now: the reader

@@ -61,8 +61,13 @@ there_is() { xdotool search --onlyvisible --name "^$1\$" >/dev/null 2>&1; }
 there_is_no() { ! there_is "$1"; }
 
 keys() { xdotool key --delay 30 "$@"; }
+# window_is_back: the main window has the keyboard (again): keys that are pressed while a dialog comes or
+# goes belong to nobody.
+window_is_back() { wait_for 20 is_active "$main" || fail 'the window does not come back'; }
+
 # type_line TEXT: into the command line, and Enter.
 type_line() {
+  window_is_back
   keys alt+l
   xdotool type --delay 5 "$1"
   keys Return
@@ -75,4 +80,5 @@ select_file() {
   xdotool type --delay 5 "$1"
   keys Return
   wait_for 10 there_is_no '.*(Open|Select).*' || fail 'the file dialog stays'
+  window_is_back
 }

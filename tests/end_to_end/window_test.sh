@@ -75,13 +75,13 @@ case_typed_ahead() {
   activate 'Access RF Front End Registers' >/dev/null || fail 'no register dialog'
   wait_for 10 grep -q ' R 00' "$work/trace" || fail 'the register dialog got no key'
   keys alt+q
-  wait_for 10 is_active "$main" || fail 'the window does not come back'
+  window_is_back
   log_is 'GR  37' 'GR  37' 'GR  36' 'GR  35' 'GR  34'
   keys alt+o
   activate 'Ostrel Reader' >/dev/null || fail 'no card reader'
   at_once alt+h alt+x p
   wait_for 10 there_is_no 'Ostrel Reader' || fail 'the reader stays'
-  wait_for 10 is_active "$main" || fail 'the window does not come back'
+  window_is_back
   type_line 'gr 32'
   log_is 'GR  32'
   ! grep -q 'W 09 A2' "$work/trace" || fail 'a key behind Exit wrote to the card'
@@ -230,7 +230,7 @@ case_close_in_run() {
   wait_for 10 manager_answers 6 || fail 'the window manager does not answer'
   keys alt+b
   wait_for 10 there_is_no 'Processing\.\.\.' || fail 'Break does not end the run'
-  wait_for 10 is_active "$main" || fail 'the window does not come back'
+  window_is_back
   expect_log 'User Break recognised.'  # so nothing had closed the dialog before
   wmctrl -i -c "$main"
   wait_for 10 gone || fail 'the program stays'
@@ -261,7 +261,7 @@ case_double_clicks() {
   done
   wait_for 20 leave_others || fail "other windows stay: $(wmctrl -l)"
   keys Escape
-  wait_for 10 is_active "$main" || fail 'the window does not come back'
+  window_is_back
   keys alt+o
   type_line 'gr 37'
   expect_log 'GR  37'
