@@ -21,9 +21,9 @@ SCRIPT = """//> begin
 GR 37
 SR 2B A6
 CHB 9600
-SLP 1
-WIL 1 20
+WIL 0 20
 WIE 3
+SLP 1
 RE 2B A6
 SAV saved
 GR 38
@@ -37,6 +37,13 @@ WHOLE, FAILED, NOT_WRITTEN, LINE_LOST = 0, 1, 3, 5
 TRANSIENT = ["error=EINTR", "error=EAGAIN", "retval=0", "delay_exit=700ms"]
 HARD = ["error=EIO", "error=ENOSPC"]
 
+# The how manyth request of a name: those of the opening, of the bit rate (first at the opening, then by
+# CHB), and of the waits for the ring line.
+OPENING = ["TCGETS2 1", "TCGETS2 2", "TCSETS2 1", "TCFLSH 1"]
+SETTINGS = ["TCGETS2 3", "TCSETS2 2", "TCGETS2 4", "TIOCMBIC 1",
+            "TCGETS2 5", "TCSETS2 3", "TCGETS2 6", "TIOCMBIC 2"]
+WAITING = ["TIOCMGET 1", "TIOCMGET 2", "TIOCGICOUNT 1", "TIOCGICOUNT 2"]
+
 # Target, system call, positions (the how manyth such call), faults, exit codes that are right.
 MATRIX = [
     ("line", "openat", [1, 2], ["error=EINTR", "delay_exit=700ms"], [WHOLE]),
@@ -48,16 +55,11 @@ MATRIX = [
     ("line", "write", [1, 2, 3, 5], ["error=EIO"], [LINE_LOST]),
     ("line", "write", [1, 3, 5], ["error=ENOSPC"], [FAILED]),
     ("line", "ppoll", [1], [*TRANSIENT, *HARD], [WHOLE]),
-    # Opening, then the settings of the port, then those of CHB and the waits for the ring line.
-    ("line", "ioctl", [1, 2, 3, 5], ["error=EAGAIN", *HARD], [NOT_WRITTEN]),
-    ("line", "ioctl", [6, 7, 8, 9], ["error=EIO"], [LINE_LOST]),
-    ("line", "ioctl", [6, 7, 8, 9], ["error=EAGAIN", "error=ENOSPC"], [WHOLE, FAILED]),
-    ("line", "ioctl", [12, 13, 14, 15], ["error=EIO"], [LINE_LOST]),
-    ("line", "ioctl", [12, 13, 14, 15], ["error=EAGAIN", "error=ENOSPC"], [WHOLE, FAILED]),
-    ("line", "ioctl", [17, 19, 20], ["error=EIO"], [LINE_LOST]),
-    ("line", "ioctl", [17, 19, 20], ["error=EAGAIN", "error=ENOSPC"], [WHOLE]),
-    ("line", "ioctl", [1, 2, 3, 5, 6, 7, 8, 9, 12, 13, 14, 15, 17, 19, 20], ["error=EINTR"], [WHOLE]),
-    ("line", "ioctl", [1, 6, 9, 17, 20], ["delay_exit=700ms"], [WHOLE]),
+    ("line", "ioctl", OPENING, ["error=EAGAIN", *HARD], [NOT_WRITTEN]),
+    ("line", "ioctl", SETTINGS + WAITING, ["error=EIO"], [LINE_LOST]),
+    ("line", "ioctl", SETTINGS, ["error=EAGAIN", "error=ENOSPC"], [WHOLE, FAILED]),
+    ("line", "ioctl", WAITING, ["error=EAGAIN", "error=ENOSPC"], [WHOLE, LINE_LOST]),
+    ("line", "ioctl", OPENING + SETTINGS + WAITING, ["error=EINTR", "delay_exit=700ms"], [WHOLE]),
     ("script", "openat", [1], ["error=EINTR", "delay_exit=700ms"], [WHOLE]),
     ("script", "openat", [1], ["error=EAGAIN", *HARD], [NOT_WRITTEN]),
     ("script", "read", [1], ["error=EINTR", "delay_exit=700ms"], [WHOLE]),
@@ -81,7 +83,7 @@ MATRIX = [
 class Run:
     """One run of wcf, and what it left."""
 
-    def __init__(self, inject=None, target=None):
+    def __init__(self, target=None, inject=None):
         with tempfile.TemporaryDirectory() as folder:
             path = {name: f"{folder}/{name}" for name in ["line", "script", "log", "output",
                                                           "messages", "trace"]}
@@ -91,9 +93,9 @@ class Run:
             # strace knows a descriptor by its path, which a pipe needs a name for.
             pipes = {name: self.pipe(path[name]) for name in ["output", "messages"]}
             trace = []
-            if inject is not None:
-                trace = ["strace", "-qq", "-o", path["trace"], "-P", path[target],
-                         "-e", "inject=" + inject]
+            if target is not None:
+                trace = ["strace", "-qq", "-o", path["trace"], "-P", path[target]]
+                trace += ["-e", "inject=" + inject] if inject else []
             command = [BIN + "/vt63x-sim", "--fault", LATE_ANSWER, "--link", path["line"], "--",
                        "timeout", "-s", "KILL", str(SECONDS), *trace, BIN + "/wcf", "run", path["script"],
                        "--port", path["line"], "--log", path["log"]]
@@ -113,9 +115,14 @@ class Run:
 
     @staticmethod
     def drain(reader, writer):
+        """What is in the pipe; a run of another thread that is just starting may still hold it."""
         os.close(writer)
-        with open(reader, encoding="utf-8") as pipe:
-            return pipe.read()
+        try:
+            text = os.read(reader, 1 << 16)
+        except BlockingIOError:
+            text = b""
+        os.close(reader)
+        return text.decode()
 
     @staticmethod
     def content(path):
@@ -165,17 +172,26 @@ def faults_of(run, good, target, codes):
         yield "a line is lost or doubled"
 
 
+def positions_of(requests, good):
+    """Requests as positions among all requests of the good run."""
+    names = re.findall(r"^ioctl\(\w+, (\w+)", good.trace, re.MULTILINE)
+    for request in requests:
+        name, count = request.split()
+        yield [place for place, one in enumerate(names, 1) if one == name][int(count) - 1]
+
+
 def main():
-    good = Run()
+    good = Run("line")
     assert good.code == WHOLE and len(good.log.splitlines()) == 10 and good.log == good.output, (
         good.code, good.log, good.output, good.messages)
     cases = [(target, f"{call}:{fault}:when={position}", codes)
-             for target, call, positions, faults, codes in MATRIX
-             for position in positions for fault in faults]
+             for target, call, places, faults, codes in MATRIX
+             for position in (positions_of(places, good) if call == "ioctl" else places)
+             for fault in faults]
     cases = [case for case in cases if re.search(PATTERN, " ".join(case[:2]))]
     failed = 0
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
-        runs = pool.map(lambda case: Run(case[1], case[0]), cases)
+        runs = pool.map(lambda case: Run(*case[:2]), cases)
         for (target, inject, codes), run in zip(cases, runs):
             faults = list(faults_of(run, good, target, codes))
             if not faults:
