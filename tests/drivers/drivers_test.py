@@ -271,21 +271,6 @@ def ring_edge(machine, device):
     expect(code == 0 and "Result: 1" in output, code, output)
 
 
-def ring_edge_after_counting(machine, device):
-    """The driver counts rings only for programs that do not ignore the carrier, as others may not."""
-    count_rings = (f"exec 3<>{device}; stty -clocal <&3; touch /tmp/counting; "
-                   "until [ -e /tmp/enough ]; do usleep 10000; done; stty clocal <&3")
-    machine.succeed(f"{{ {count_rings}; rm /tmp/counting; }} >/dev/null 2>&1 &")
-    machine.until("[ -e /tmp/counting ]")
-    for _ in range(3):
-        with machine.ringing():
-            time.sleep(0.1)
-        time.sleep(0.1)
-    machine.succeed("touch /tmp/enough")
-    machine.until("[ ! -e /tmp/counting ]")
-    ring_edge(machine, device)
-
-
 def unplugging(machine, lines):
     try:
         with machine.wcf(ADAPTER, lines):
@@ -304,7 +289,6 @@ CHECKS = [
     *[(f"{device}: exclusive use", exclusive_use, device) for device in DEVICES],
     *[(f"{device}: waits for a level of the ring line", ring_level, device) for device in DEVICES],
     (f"{UART}: waits for an edge of the ring line", ring_edge, UART),
-    (f"{UART}: the same when the driver has counted rings before", ring_edge_after_counting, UART),
     ("unplugged in a loop of reads", unplugging, ["::: L", "GR 37", "JMP L"]),
     ("unplugged in a wait for a ring", unplugging, ["WIE 60000"]),
     ("unplugged in a loop of waits for a ring", unplugging, ["::: L", "WIE 10", "JMP L"]),
