@@ -70,13 +70,13 @@ InputQueue& InputQueue::Instance() {
 
 bool InputQueue::Take(QWindow& window, QEvent& event) {
   if (&event == handed_out_ || !IsFromUser(window, event.type())) return false;
-  const bool first = waiting_.empty();
-  waiting_.push_back({&window, std::unique_ptr<QEvent>(event.clone())});
+  waiting_input input{&window, std::unique_ptr<QEvent>(event.clone())};
   // A window is closed by its own procedure, if at all.
   if (event.type() == QEvent::Close) event.ignore();
-  if (first && InputHasItsTurn()) {
-    HandOut();
+  if (empty() && InputHasItsTurn()) {
+    Deliver(input);
   } else {
+    waiting_.push_back(std::move(input));
     WakeMainThread();
   }
   return true;
@@ -102,6 +102,13 @@ void InputQueue::HandOut() {
     ToolkitFocusMoved(QApplication::focusWidget());
     return;
   }
+  // What was typed before may have taken the keyboard back to another window.
+  const bool press = input.event->type() == QEvent::MouseButtonPress;
+  if (press && input.window != nullptr && IsFrame(*input.window)) input.window->requestActivate();
+  Deliver(input);
+}
+
+void InputQueue::Deliver(const waiting_input& input) {
   QWindow* const window =
       IsKey(input.event->type()) ? KeyWindow(input.window) : input.window.data();
   if (window == nullptr) return;

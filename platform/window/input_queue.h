@@ -44,6 +44,7 @@ class InputQueue {
   };
 
   bool HandingOut() const;
+  void Deliver(const waiting_input& input);
 
   std::deque<waiting_input> waiting_;
   const QEvent* handed_out_ = nullptr;
