@@ -55,15 +55,6 @@ class RunningProgram {
     return Poll([&] { return Out().find(text) != std::string::npos || Ended(); }) &&
            Out().find(text) != std::string::npos;
   }
-  // Until the program, whose name starts with `name`, waits for something.
-  bool WaitUntilItSleeps(const std::string& name) {
-    return Poll([&] {
-      std::ifstream stat("/proc/" + std::to_string(pid_) + "/stat");
-      std::string text;
-      std::getline(stat, text);
-      return text.find("(" + name) != std::string::npos && text.find(") S ") != std::string::npos;
-    });
-  }
   void Signal(int signal) const { kill(pid_, signal); }
   std::string Out() const { return files_.Read("out"); }
 
